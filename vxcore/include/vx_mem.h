@@ -1,0 +1,87 @@
+// The library's allocation helpers and the owned memory block VX_Memory.
+#ifndef VX_MEM_H
+#define VX_MEM_H
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "vx_globals.h"
+#include "vx_vorlaxe.h"
+
+// Every allocation of the library goes through these helpers: blocks through the malloc
+// family (so that adopted blocks and own blocks are released alike with free), element
+// arrays through nothrow new. A build with VX_ALLOC_FAULTS lets a test make a chosen
+// allocation fail; without it the check is a constant and costs nothing.
+#ifdef VX_ALLOC_FAULTS
+VX_EXTERN_C VX_API int VX_allocFaultHit(void);
+#else
+inline constexpr int VX_allocFaultHit() { return 0; }
+#endif
+
+inline void* VX_malloc(std::size_t size) { return VX_allocFaultHit() ? nullptr : std::malloc(size); }
+inline void* VX_calloc(std::size_t count, std::size_t size) {
+  return VX_allocFaultHit() ? nullptr : std::calloc(count, size);
+}
+inline void* VX_realloc(void* block, std::size_t size) {
+  return VX_allocFaultHit() ? nullptr : std::realloc(block, size);
+}
+inline void VX_free(void* block) { std::free(block); }
+
+// A malloc'ed copy of `text` (null for a null text or a failed allocation).
+inline char* VX_strdup(const char* text) {
+  if (!text) return nullptr;
+  std::size_t n = std::strlen(text) + 1;
+  char* copy = static_cast<char*>(VX_malloc(n));
+  if (copy) std::memcpy(copy, text, n);
+  return copy;
+}
+
+template <class T>
+inline T* VX_newArray(std::size_t count) {
+  if (VX_allocFaultHit()) return nullptr;
+  return new (std::nothrow) T[count];
+}
+template <class T>
+inline void VX_deleteArray(T* elems) {
+  delete[] elems;
+}
+
+// VX_Memory: one owned, resizable heap block and its size, with an error flag that
+// remembers whether the last (re)allocation failed. Allocation failures are reported twice
+// ("VX_Memory allocation"/"VX_Memory reallocation" with "Memory error", then
+// VX_RET_ERR_MEM) and leave the documented state: a failed memGet leaves the block empty,
+// a failed memExpand keeps the old content. A constructor that cannot allocate leaves the
+// object disabled; operations on a disabled block report VX_RET_ERR_POBJ.
+class VX_API VX_Memory : public VX_VorlaxeClass {
+ public:
+  explicit VX_Memory(unsigned size = 0);
+  VX_Memory(const VX_Memory& other);
+  ~VX_Memory() override;
+  // Returns a copy of the object, by value, as the interface always has.
+  VX_Memory operator=(const VX_Memory& other);
+
+  unsigned char objIsEnabled() const { return enabled; }
+  unsigned char memErr() const { return memError; }
+  void* memPtr() const { return enabled ? buffer : nullptr; }
+  unsigned memSize() const { return enabled ? bufSize : 0; }
+
+  VX_RET_STATUS memGet(unsigned size);
+  VX_RET_STATUS memExpand(unsigned size);
+  VX_RET_STATUS memCopy(const void* src, unsigned size);
+  // Adopts `block` (from the malloc family) without freeing the block held before.
+  VX_RET_STATUS memSet(void* block, unsigned size);
+  VX_RET_STATUS memFree();
+
+ private:
+  void initDataMembers();
+  void cleanupDataMembers();
+
+  unsigned char enabled;
+  unsigned bufSize;
+  unsigned char* buffer;
+  unsigned char memError;
+};
+
+#endif

@@ -1,0 +1,14 @@
+// Everything the library exports.
+#ifndef VXCORE_H
+#define VXCORE_H
+
+#include "vx_export.h"
+#include "vx_globals.h"
+#include "vx_iostream.h"
+#include "vx_mem.h"
+#include "vx_persist.h"
+#include "vx_reporter.h"
+#include "vx_str.h"
+#include "vx_vorlaxe.h"
+
+#endif
