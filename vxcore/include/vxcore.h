@@ -3,12 +3,14 @@
 #define VXCORE_H
 
 #include "vx_export.h"
+#include "vx_file.h"
 #include "vx_globals.h"
 #include "vx_iostream.h"
 #include "vx_mem.h"
 #include "vx_persist.h"
 #include "vx_reporter.h"
 #include "vx_str.h"
+#include "vx_version.h"
 #include "vx_vorlaxe.h"
 
 #endif
