@@ -58,8 +58,17 @@ class VX_API VX_File : public VX_VorlaxeClass {
   // 0 makes the stream unbuffered; otherwise a private buffer of `size` bytes, fully buffered.
   VX_RET_STATUS setBuffer(unsigned int size);
 
+  // The opening constructors' open: a failure leaves the object disabled.
+  VX_RET_STATUS openOrDisable(const char* path, VX_FILE_MODE mode, VX_STORAGE_TYPE storage, unsigned char buffered,
+                              unsigned int bufferSize);
+  // Closes what is open and makes the object enabled and closed again.
+  void resetMembers();
   // The open stream, or null (never a stream its owner has closed).
   std::FILE* fileStream() const;
+  bool hasStream() const { return enabled && fileStream(); }
+  // The stream, made ready for reading (writing = false) or writing: a change of direction on
+  // an update stream needs a repositioning in between, which this supplies.
+  std::FILE* ioStream(bool writing);
   // Whole objects: packed with VX_systemVersionWrite and written as one block; read as
   // getPackedSize (or `size`) bytes and unpacked with VX_systemVersionRead.
   VX_RET_STATUS writeObject(VX_Persistable& obj);
@@ -141,6 +150,7 @@ class VX_API VX_FileBinary : public VX_File {
   // The fixed-width little-endian forms every number goes through.
   VX_RET_STATUS putBytes(unsigned long long value, unsigned int width, unsigned int& size);
   VX_RET_STATUS getBytes(unsigned long long& value, unsigned int width, unsigned int& size);
+  bool usable() const { return enabled && hasStream(); }
 
   unsigned char enabled;
 };
@@ -194,8 +204,13 @@ class VX_API VX_FileAscii : public VX_File {
  private:
   void initDataMembers();
   void cleanupDataMembers();
-  // Checks the object and its stream; reports VX_RET_ERR_POBJ and yields null when unusable.
-  std::FILE* usableStream(unsigned line);
+  bool usable() const { return enabled && hasStream(); }
+  // Reads from the start of the file counting lines and columns until `stop` answers true
+  // or the end is reached; `newlineBytes` is what a line end adds to the byte count.
+  template <class Stop>
+  VX_RET_STATUS walkLines(long newlineBytes, unsigned int& line, unsigned int& column, bool& stopped, Stop stop);
+  // Offset of the next occurrence of `text` from the current position, or -1 (position kept).
+  VX_RET_STATUS findText(const char* text, long& offset);
 
   unsigned char enabled;
 };

@@ -4,6 +4,8 @@
 
 #include "vx_globals.h"
 
+#include <cstdint>
+
 class VX_Version;
 class VX_FileBinary;
 
@@ -61,5 +63,16 @@ class VX_API VX_Persistable {
   // *text gets a malloc'ed copy the caller frees.
   VX_RET_STATUS restoreVal(char** text, VX_FileBinary& file, unsigned int& size, unsigned char scramble);
 };
+
+// Little-endian byte forms of packed numbers, whatever the host: `width` (at most 8) bytes of
+// `value` at `at`, lowest first.
+inline void VX_putLE(char* at, uint64_t value, unsigned width) {
+  for (unsigned i = 0; i < width; ++i) at[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
+}
+inline uint64_t VX_getLE(const char* at, unsigned width) {
+  uint64_t value = 0;
+  for (unsigned i = 0; i < width; ++i) value |= static_cast<uint64_t>(static_cast<unsigned char>(at[i])) << (8 * i);
+  return value;
+}
 
 #endif
