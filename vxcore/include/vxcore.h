@@ -2,6 +2,7 @@
 #ifndef VXCORE_H
 #define VXCORE_H
 
+#include "vx_base.h"
 #include "vx_export.h"
 #include "vx_globals.h"
 #include "vx_iostream.h"
@@ -9,6 +10,8 @@
 #include "vx_persist.h"
 #include "vx_reporter.h"
 #include "vx_str.h"
+#include "vx_strarr.h"
+#include "vx_strfunc.h"
 #include "vx_vorlaxe.h"
 
 #endif
