@@ -78,6 +78,28 @@ std::size_t runLength(const char* text, std::size_t length, char c, int max, boo
   return n;
 }
 
+// `s` adopts a malloc'ed block holding `length` characters and their NUL (released on failure).
+VX_RET_STATUS adoptText(VX_String& s, char* block, std::size_t length) {
+  if (length >= UINT_MAX) {  // beyond what a string's block can describe
+    VX_free(block);
+    return VX_FAIL(VX_RET_ERR_MEM);
+  }
+  s.memFree();
+  s.memSet(block, static_cast<unsigned>(length) + 1);
+  return VX_RET_TRUE;
+}
+
+// `s` becomes the `na` characters at `a` followed by the `nb` at `b`. A failed allocation is
+// reported and leaves `s` as it was.
+VX_RET_STATUS setText(VX_String& s, const char* a, std::size_t na, const char* b = nullptr, std::size_t nb = 0) {
+  char* block = static_cast<char*>(VX_malloc(na + nb + 1));
+  if (!block) return VX_FAIL(VX_RET_ERR_MEM);
+  if (na) std::memcpy(block, a, na);
+  if (nb) std::memcpy(block + na, b, nb);
+  block[na + nb] = '\0';
+  return adoptText(s, block, na + nb);
+}
+
 // The result of a VX_String-group function. It makes the result the null string at once,
 // but keeps the old characters alive until the call ends, so inputs that point into them stay
 // readable. A disabled result is reported here once; the function then carries on and its
@@ -96,28 +118,14 @@ class ResultSlot {
   ResultSlot(const ResultSlot&) = delete;
   ResultSlot& operator=(const ResultSlot&) = delete;
 
-  // Hands the result a malloc'ed block of `length` characters and their NUL.
   VX_RET_STATUS adopt(char* block, std::size_t length) {
-    if (length >= UINT_MAX) {
-      VX_free(block);
-      return VX_FAIL(VX_RET_ERR_MEM);
-    }
-    if (out.objIsEnabled())
-      out.memSet(block, static_cast<unsigned>(length) + 1);
-    else
-      VX_free(block);
+    if (out.objIsEnabled()) return adoptText(out, block, length);
+    VX_free(block);
     return VX_RET_TRUE;
   }
 
-  // The result becomes the `na` characters at `a` followed by the `nb` at `b`.
   VX_RET_STATUS take(const char* a, std::size_t na, const char* b = nullptr, std::size_t nb = 0) {
-    if (!out.objIsEnabled()) return VX_RET_TRUE;
-    char* block = static_cast<char*>(VX_malloc(na + nb + 1));
-    if (!block) return VX_FAIL(VX_RET_ERR_MEM);
-    if (na) std::memcpy(block, a, na);
-    if (nb) std::memcpy(block + na, b, nb);
-    block[na + nb] = '\0';
-    return adopt(block, na + nb);
+    return out.objIsEnabled() ? setText(out, a, na, b, nb) : VX_RET_TRUE;
   }
 
  private:
