@@ -74,4 +74,26 @@ TEST(Base, ClockTextPadding) {
   }
 }
 
+TEST(Base, ClockTextReading) {
+  const struct {
+    const char* text;
+    unsigned secs;
+  } cases[] = {{"1:2:3", 3723}, {"1::3", 63}, {"5", 5}, {"", 0}, {"x:7", 7}, {"1:2:3:4", 3723}, {nullptr, 0}};
+  for (const auto& c : cases) {
+    unsigned secs = 99;
+    EXPECT_EQ(VX_timeToSecs(c.text, &secs), VX_RET_TRUE);
+    EXPECT_EQ(secs, c.secs) << (c.text ? c.text : "(null)");
+  }
+  vxtest::CaptureReporter cap;
+  EXPECT_EQ(VX_timeToSecs("1", nullptr), VX_RET_ERR_ARG);
+  int failed = vxtest::forEachAllocFailure([&](long) {
+    unsigned secs = 99;
+    VX_RET_STATUS st = VX_timeToSecs("1:2:3", &secs);
+    bool failedHere = !vxtest::allocFaultPending();
+    EXPECT_EQ(st, failedHere ? VX_RET_ERR_MEM : VX_RET_TRUE);
+    EXPECT_EQ(secs, failedHere ? 0u : 3723u);
+  });
+  EXPECT_EQ(failed, 4);  // the array block and three pieces
+}
+
 }  // namespace

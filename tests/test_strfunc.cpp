@@ -1,9 +1,21 @@
 // Free string functions: null handling, case folding, searching, substitution, extraction.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "vx_test_support.h"
 
 namespace {
+
+using Tokens = std::vector<std::string>;
+
+// The array's elements as texts ("<null>" for a null string).
+Tokens tokens(VX_Array<VX_String>& arr) {
+  Tokens out;
+  for (unsigned i = 0; i < arr.numElems(); ++i) out.push_back(arr[i] ? static_cast<const char*>(arr[i]) : "<null>");
+  return out;
+}
 
 const char* text(const VX_String& s) { return static_cast<const char*>(s); }
 
@@ -219,6 +231,62 @@ TEST(StrFunc, MemoryFailuresLeaveNoOutput) {
   vxtest::failNextAlloc();
   EXPECT_EQ(VX_strSubstitute(&raw, "ab", "x", "a", 1), VX_RET_ERR_MEM);
   EXPECT_EQ(raw, nullptr);
+}
+
+TEST(StrFunc, PlainSplitDropsEveryEmptyToken) {
+  VX_Array<VX_String> out;
+  EXPECT_EQ(VX_splitString(",,a,,b,,", ",", out), VX_RET_TRUE);
+  EXPECT_EQ(tokens(out), (Tokens{"a", "b"}));
+  EXPECT_EQ(VX_splitString(" a;b c", "; ", out), VX_RET_TRUE);
+  EXPECT_EQ(tokens(out), (Tokens{"a", "b", "c"}));
+  EXPECT_EQ(VX_splitString("a,b", nullptr, out), VX_RET_TRUE);
+  EXPECT_EQ(tokens(out), (Tokens{"a,b"}));
+  EXPECT_EQ(VX_splitString(",,,", ",", out), VX_RET_TRUE);
+  EXPECT_EQ(out.numElems(), 0u);
+  VX_splitString("x", ",", out);
+  EXPECT_EQ(VX_splitString(nullptr, ",", out), VX_RET_TRUE);
+  EXPECT_EQ(out.numElems(), 0u);  // emptied even for a null text
+}
+
+TEST(StrFunc, BracketSplitNestsKeepsInnerEmptiesAndStrips) {
+  VX_Array<VX_String> out;
+  for (const char* src : {"a,(b,c),,d", "a,(b,c),,d,"}) {  // a trailing delimiter adds nothing
+    EXPECT_EQ(VX_splitString(src, ",", out, '(', ')', 1, 1), VX_RET_TRUE);
+    EXPECT_EQ(tokens(out), (Tokens{"a", "b,c", "", "d"})) << src;
+  }
+  VX_splitString(",a,,(b)", ",", out, '(', ')', 1, 0);
+  EXPECT_EQ(tokens(out), (Tokens{"", "a", "", "(b)"}));
+  VX_splitString(",a,,(b)", ",", out, '(', ')', 0, 1);
+  EXPECT_EQ(tokens(out), (Tokens{"a", "b"}));
+  VX_splitString("x(a,(b,c)),y", ",", out, '(', ')', 0, 1);
+  EXPECT_EQ(tokens(out), (Tokens{"x(a,(b,c))", "y"}));
+  VX_splitString("a,(b,c,d", ",", out, '(', ')', 0, 0);  // never closed: swallows the rest
+  EXPECT_EQ(tokens(out), (Tokens{"a", "(b,c,d"}));
+  // One character as both brackets: it closes while open, else opens.
+  VX_splitString("\"a,b\",c,\"", ",", out, '"', '"', 0, 1);
+  EXPECT_EQ(tokens(out), (Tokens{"a,b", "c", ""}));
+  EXPECT_EQ(VX_splitString("a,b", nullptr, out, '(', ')', 1, 1), VX_RET_TRUE);
+  EXPECT_EQ(tokens(out), (Tokens{"a,b"}));
+}
+
+TEST(StrFunc, SplitFailuresLeaveTheArrayEmpty) {
+  for (int bracketed : {0, 1}) {
+    vxtest::CaptureReporter cap;
+    VX_Array<VX_String> out;
+    int failed = vxtest::forEachAllocFailure([&](long) {
+      VX_RET_STATUS st = bracketed ? VX_splitString("a,(b,c)", ",", out, '(', ')', 0, 1)
+                                   : VX_splitString("a,b", ",", out);
+      if (vxtest::allocFaultPending()) return;
+      EXPECT_EQ(st, VX_RET_ERR_MEM);
+      EXPECT_EQ(out.numElems(), 0u);
+    });
+    EXPECT_EQ(failed, 3);  // the array block and two tokens
+    EXPECT_EQ(out.numElems(), 2u);
+  }
+  vxtest::CaptureReporter cap;
+  vxtest::failNextAlloc();
+  VX_Array<VX_String> disabled(2);
+  EXPECT_EQ(VX_splitString("a", ",", disabled), VX_RET_ERR_OBJ);
 }
 
 }  // namespace

@@ -3,12 +3,15 @@
 
 #include "vx_base.h"
 
+#include <algorithm>
 #include <bitset>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
 
+#include "vx_array.h"
 #include "vx_report.h"
+#include "vx_str.h"
 #include "vx_strfunc.h"
 #include "vx_vorlaxe.h"
 
@@ -104,5 +107,23 @@ VX_RET_STATUS VX_secsToTime(char* dst, unsigned secs) {
   char* end = dst;
   if (hours) end += std::sprintf(end, minutes >= 1 && minutes <= 9 ? "%u:0" : "%u:", hours);
   std::sprintf(end, seconds < 10 ? "%u:0%u" : "%u:%u", minutes, seconds);
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_timeToSecs(const char* text, unsigned* secs) {
+  VX_setUserError(0);
+  if (!secs) return VX_FAIL(VX_RET_ERR_ARG);
+  *secs = 0;
+  if (!text) return VX_RET_TRUE;
+  VX_Array<VX_String> pieces;
+  VX_RET_STATUS status = VX_splitString(text, ":", pieces);
+  if (status > 2) return status;
+  // The first three pieces at most; fewer pieces fill from the seconds side.
+  unsigned n = std::min(pieces.numElems(), 3u);
+  unsigned values[3] = {0, 0, 0};
+  for (unsigned i = 0; i < n; ++i) {
+    if (std::sscanf(pieces[i], "%u", &values[3 - n + i]) != 1) values[3 - n + i] = 0;
+  }
+  *secs = (values[0] * 60 + values[1]) * 60 + values[2];
   return VX_RET_TRUE;
 }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "vx_array.h"
 #include "vx_report.h"
 #include "vx_str.h"
 
@@ -336,4 +337,110 @@ VX_RET_STATUS VX_stripPaddedChars(VX_String& out, const char* src, char lead, ch
   std::size_t leading = runLength(src, length, lead, leadMax, false);
   std::size_t trailing = runLength(src + leading, length - leading, trail, trailMax, true);
   return deliverStripped(slot, src, length, leading, trailing);
+}
+
+namespace {
+
+// The whole of `src` as one token (a split without delimiters).
+struct WholeText {
+  const char* src;
+  template <class Visit>
+  void forEach(Visit&& visit) const {
+    visit(src, std::strlen(src));
+  }
+};
+
+// Maximal runs of characters not in `delims`; empty tokens never arise.
+struct PlainTokens {
+  const char* src;
+  const char* delims;
+  template <class Visit>
+  void forEach(Visit&& visit) const {
+    for (const char* p = src + std::strspn(src, delims); *p; p += std::strspn(p, delims)) {
+      std::size_t length = std::strcspn(p, delims);
+      visit(p, length);
+      p += length;
+    }
+  }
+};
+
+// Tokens split at delimiters outside nested open/close brackets. A closing character only
+// closes while a bracket is open, so one character can serve as both. Empty tokens are kept
+// with `keepEmpty` except a trailing one, which is always dropped.
+struct BracketTokens {
+  const char* src;
+  const char* delims;
+  char open;
+  char close;
+  unsigned char keepEmpty;
+  unsigned char stripEnclosing;
+
+  template <class Visit>
+  void forEach(Visit&& visit) const {
+    const char* p = keepEmpty ? src : src + std::strspn(src, delims);
+    const char* token = p;
+    std::size_t depth = 0;
+    for (; *p; ++p) {
+      if (*p == close && depth > 0) {
+        --depth;
+      } else if (*p == open) {
+        ++depth;
+      } else if (depth == 0 && std::strchr(delims, *p)) {
+        if (p > token || keepEmpty) emit(visit, token, static_cast<std::size_t>(p - token));
+        token = p + 1;
+      }
+    }
+    if (p > token) emit(visit, token, static_cast<std::size_t>(p - token));
+  }
+
+  // A one-character token that is both `open` and `close` strips to the empty text.
+  template <class Visit>
+  void emit(Visit& visit, const char* token, std::size_t length) const {
+    if (stripEnclosing && length >= 1 && token[0] == open && token[length - 1] == close) {
+      ++token;
+      length = length >= 2 ? length - 2 : 0;
+    }
+    visit(token, length);
+  }
+};
+
+// Fills the emptied `out` with the tokens in order. The tokens are counted first so the array
+// grows once; each element then receives its characters directly. On failure the array is
+// left empty and the failure passed up.
+template <class Tokens>
+VX_RET_STATUS fillTokens(VX_Array<VX_String>& out, const Tokens& tokens) {
+  std::size_t count = 0;
+  tokens.forEach([&](const char*, std::size_t) { ++count; });
+  if (!count) return VX_RET_TRUE;
+  if (count >= UINT_MAX) return VX_FAIL(VX_RET_ERR_MEM);
+  VX_RET_STATUS status = out.insElems(VX_INS_BEFORE, 0, static_cast<unsigned>(count));
+  if (status > 2) return status;
+  unsigned index = 0;
+  status = VX_RET_TRUE;
+  tokens.forEach([&](const char* token, std::size_t length) {
+    if (status <= 2) status = setText(out[index++], token, length);
+  });
+  if (status > 2) out.delAll();
+  return status > 2 ? status : VX_RET_TRUE;
+}
+
+}  // namespace
+
+VX_RET_STATUS VX_splitString(const char* src, const char* delims, VX_Array<VX_String>& out) {
+  VX_setUserError(0);
+  VX_RET_STATUS status = out.delAll();
+  if (status > 2) return status;
+  if (!src) return VX_RET_TRUE;
+  if (!delims) return fillTokens(out, WholeText{src});
+  return fillTokens(out, PlainTokens{src, delims});
+}
+
+VX_RET_STATUS VX_splitString(const char* src, const char* delims, VX_Array<VX_String>& out, char open,
+                             char close, unsigned char keepEmpty, unsigned char stripEnclosing) {
+  VX_setUserError(0);
+  VX_RET_STATUS status = out.delAll();
+  if (status > 2) return status;
+  if (!src) return VX_RET_TRUE;
+  if (!delims) return fillTokens(out, WholeText{src});
+  return fillTokens(out, BracketTokens{src, delims, open, close, keepEmpty, stripEnclosing});
 }
