@@ -5,6 +5,7 @@
 #include "vx_iostream.h"
 #include "vx_mem.h"
 #include "vx_persist.h"
+#include "vx_strfunc.h"
 
 // VX_String: an owned NUL-terminated byte string held in its VX_Memory block. It has two
 // distinct empty states that every operation keeps apart: the null string (no block at all)
@@ -47,7 +48,9 @@ class VX_API VX_String : public VX_Memory, public VX_Persistable {
   unsigned char operator!=(const char* text) const;
 
   // Packed form: a 32-bit count (0 for the null string, else length + 1), then the
-  // characters and the NUL. Only VX_STORAGE_BINARY is accepted.
+  // characters and the NUL. Only VX_STORAGE_BINARY is accepted. The file form is the binary
+  // file's text encoding, so the null string is written, and read back, as the empty text.
+  using VX_Persistable::pack;
   VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
   unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) override;
   VX_RET_STATUS unpack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
@@ -75,9 +78,5 @@ VX_API unsigned char operator!=(const char* text, const VX_String& str);
 // Writes the characters; a disabled string, one whose memory error flag is set and the null
 // string write nothing.
 VX_API VX_OStream& operator<<(VX_OStream& stream, const VX_String& str);
-
-// Null-aware three-way comparison by unsigned byte values: -1, 0 or 1. Both null: 0; a null
-// text sorts before any other.
-VX_EXTERN_C VX_API int VX_strcmp(const char* a, const char* b);
 
 #endif

@@ -2,13 +2,20 @@
 #ifndef VXCORE_H
 #define VXCORE_H
 
+#include "vx_array.h"
+#include "vx_base.h"
+#include "vx_container.h"
 #include "vx_export.h"
+#include "vx_file.h"
 #include "vx_globals.h"
 #include "vx_iostream.h"
 #include "vx_mem.h"
 #include "vx_persist.h"
 #include "vx_reporter.h"
 #include "vx_str.h"
+#include "vx_strarr.h"
+#include "vx_strfunc.h"
+#include "vx_version.h"
 #include "vx_vorlaxe.h"
 
 #endif
