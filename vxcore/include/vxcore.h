@@ -12,6 +12,7 @@
 #include "vx_persist.h"
 #include "vx_reporter.h"
 #include "vx_str.h"
+#include "vx_vcarray.h"
 #include "vx_vorlaxe.h"
 
 #endif
