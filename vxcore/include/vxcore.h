@@ -2,6 +2,7 @@
 #ifndef VXCORE_H
 #define VXCORE_H
 
+#include "vx_adapter.h"
 #include "vx_array.h"
 #include "vx_container.h"
 #include "vx_export.h"
@@ -10,7 +11,9 @@
 #include "vx_list.h"
 #include "vx_mem.h"
 #include "vx_persist.h"
+#include "vx_queue.h"
 #include "vx_reporter.h"
+#include "vx_stack.h"
 #include "vx_str.h"
 #include "vx_vcarray.h"
 #include "vx_vorlaxe.h"

@@ -2,6 +2,8 @@
 // it defines itself. Other element types are instantiated by the sources that bring them.
 #include "vx_array.h"
 #include "vx_list.h"
+#include "vx_queue.h"
+#include "vx_stack.h"
 #include "vx_vcarray.h"
 #include "vx_str.h"
 
@@ -20,3 +22,6 @@ VX_CONTAINER_INTERFACE_INSTANCES(, VX_VCARR_LLIST_REC<unsigned int>)
 template class VX_LNode<VX_VCARR_LLIST_REC<unsigned int>>;
 template class VX_LList<VX_VCARR_LLIST_REC<unsigned int>>;
 template class VX_VCArray<unsigned int>;
+template class VX_AdapterStore<unsigned int>;
+template class VX_Stack<unsigned int>;
+template class VX_Queue<unsigned int>;
