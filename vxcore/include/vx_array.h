@@ -4,7 +4,7 @@
 
 #include "vx_container.h"
 
-class VX_String;
+class VX_API VX_String;
 
 // VX_Array<T> owns one block of exactly numElems() elements (no spare capacity: every size
 // change allocates the new size and copies). In raw mode (for plain-data T only) elements

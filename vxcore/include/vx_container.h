@@ -56,7 +56,10 @@ class VX_API VX_Container : public VX_VorlaxeClass {
   VX_Container() : nElems(0) {}
   ~VX_Container() override {}
 
-  unsigned int numElems() const { return nElems; }
+  unsigned int numElems() const {
+    VX_setUserError(0);
+    return nElems;
+  }
 
   virtual unsigned char hasElem(const T& elem) = 0;
   virtual VX_RET_STATUS addElem(const T& elem) = 0;
@@ -119,7 +122,10 @@ class VX_API VX_I_Iterator : public VX_VorlaxeClass {
   VX_RET_STATUS lock();
   // VX_RET_FALSE when the lock was free.
   VX_RET_STATUS unlock();
-  unsigned char isLocked() const { return locked; }
+  unsigned char isLocked() const {
+    VX_setUserError(0);
+    return locked;
+  }
 
  protected:
   unsigned char iterEnabled;
@@ -174,7 +180,7 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
   EXTERN template class VX_I_Iterator<__VA_ARGS__>;    \
   EXTERN template class VX_IndContainer<__VA_ARGS__>;
 
-class VX_String;
+class VX_API VX_String;
 VX_CONTAINER_INTERFACE_INSTANCES(extern, unsigned int)
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_String)
 
