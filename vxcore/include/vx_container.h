@@ -11,6 +11,7 @@
 
 #include "vx_globals.h"
 #include "vx_mem.h"
+#include "vx_str.h"
 #include "vx_vorlaxe.h"
 
 // On which side of `index` new elements go. Any value other than VX_INS_BEFORE acts as
@@ -180,7 +181,6 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
   EXTERN template class VX_I_Iterator<__VA_ARGS__>;    \
   EXTERN template class VX_IndContainer<__VA_ARGS__>;
 
-class VX_API VX_String;
 VX_CONTAINER_INTERFACE_INSTANCES(extern, unsigned int)
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_String)
 
