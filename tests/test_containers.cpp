@@ -146,6 +146,7 @@ TYPED_TEST(Contract, SearchMembershipAndRemoval) {
   EXPECT_EQ(c.setCurElem(99), VX_RET_FALSE);
   EXPECT_TRUE(c.curIsNull());
   EXPECT_FALSE(c.isLocked());
+  c.setCurIndex(3);
   EXPECT_TRUE(c.hasElem(50));
   EXPECT_FALSE(c.hasElem(99));
   unsigned index = 0;
@@ -153,6 +154,8 @@ TYPED_TEST(Contract, SearchMembershipAndRemoval) {
   EXPECT_EQ(index, 2u);
   EXPECT_EQ(c.findElemIndex(99, index), VX_RET_FALSE);
   EXPECT_EQ(index, 5u);
+  EXPECT_EQ(cursorAt(c), 3);  // the queries leave the cursor where it was
+  EXPECT_EQ(current(c), 20u);
   EXPECT_EQ(c.delElem(20), VX_RET_TRUE);  // only the first one
   EXPECT_EQ(items(c), U({10, 30, 20, 50}));
   EXPECT_EQ(c.delElem(99), VX_RET_FALSE);

@@ -99,7 +99,7 @@ TEST(VCArray, DeletionRemovesEmptiedBlocks) {
   EXPECT_EQ(items(a), U({5}));
 }
 
-TEST(VCArray, DeletingAtTheCursorFollowsTheDesignatedTarget) {
+TEST(VCArray, DeletingAtTheCursorLandsOnItsTarget) {
   VX_VCArray<unsigned> a(6, 4, 0);
   number(a);
   a.setCurIndex(5);

@@ -147,6 +147,9 @@ template <class T>
 class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T> {
  public:
   unsigned char hasElem(const T& elem) override;
+  // As the ordered container's search, but walked with the cursor (given back unchanged), so
+  // that containers slow to index, like the list, are scanned in linear time.
+  VX_RET_STATUS findElemIndex(const T& elem, unsigned int& index) override;
   // Appends: no duplicate check.
   VX_RET_STATUS addElem(const T& elem) override;
   // Removes the first equal element; VX_RET_FALSE when there is none.
@@ -158,6 +161,9 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
   virtual VX_RET_STATUS delCurElem(unsigned char advance) = 0;
 
  protected:
+  // Position of the first element equal to `elem` (numElems() when none), by a cursor walk
+  // that leaves the cursor as it found it.
+  unsigned int scanFor(const T& elem);
   // The cursor search of setCurElem, under the lock.
   VX_RET_STATUS cursorSearch(const T& elem, const char* file, unsigned line);
   // curAtFirst (last false) / curAtLast (last true) for an index cursor; 6 when not enabled.
