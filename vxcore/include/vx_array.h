@@ -4,8 +4,6 @@
 
 #include "vx_container.h"
 
-class VX_String;
-
 // VX_Array<T> owns one block of exactly numElems() elements (no spare capacity: every size
 // change allocates the new size and copies). In raw mode (for plain-data T only) elements
 // move by block copies and are cleared to zero bytes; otherwise they move by T's assignment
@@ -90,15 +88,7 @@ class VX_API VX_Array : public VX_IndContainer<T> {
 #include "vx_array_impl.h"
 
 // The library's own instantiations; hosts and the library's other sources reuse them.
-extern template class VX_Container<unsigned int>;
-extern template class VX_OrdContainer<unsigned int>;
-extern template class VX_I_Iterator<unsigned int>;
-extern template class VX_IndContainer<unsigned int>;
 extern template class VX_Array<unsigned int>;
-extern template class VX_Container<VX_String>;
-extern template class VX_OrdContainer<VX_String>;
-extern template class VX_I_Iterator<VX_String>;
-extern template class VX_IndContainer<VX_String>;
 extern template class VX_Array<VX_String>;
 
 #endif
