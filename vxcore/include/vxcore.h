@@ -9,6 +9,8 @@
 #include "vx_persist.h"
 #include "vx_reporter.h"
 #include "vx_str.h"
+#include "vx_strbase.h"
+#include "vx_var.h"
 #include "vx_vorlaxe.h"
 
 #endif
