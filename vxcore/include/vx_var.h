@@ -183,6 +183,7 @@ class VX_API VX_Var : public VX_Persistable {
   VX_RET_STATUS restore(VX_Version& version, VX_FileBinary& file, unsigned int& size) override;
 
   friend VX_API VX_OStream& operator<<(VX_OStream& stream, const VX_Var& v);
+  friend class VX_VarArr;  // compares elements once each
 
  private:
   union Value {

@@ -13,6 +13,7 @@
 #include "vx_str.h"
 #include "vx_strbase.h"
 #include "vx_var.h"
+#include "vx_vararr.h"
 #include "vx_vorlaxe.h"
 
 #endif
