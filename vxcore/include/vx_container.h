@@ -163,4 +163,16 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
 
 #include "vx_iterator_impl.h"
 
+// The library's own instantiations of the interface; hosts and the library's other sources
+// reuse them.
+class VX_String;
+extern template class VX_Container<unsigned int>;
+extern template class VX_OrdContainer<unsigned int>;
+extern template class VX_I_Iterator<unsigned int>;
+extern template class VX_IndContainer<unsigned int>;
+extern template class VX_Container<VX_String>;
+extern template class VX_OrdContainer<VX_String>;
+extern template class VX_I_Iterator<VX_String>;
+extern template class VX_IndContainer<VX_String>;
+
 #endif

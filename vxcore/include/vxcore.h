@@ -7,6 +7,7 @@
 #include "vx_export.h"
 #include "vx_globals.h"
 #include "vx_iostream.h"
+#include "vx_list.h"
 #include "vx_mem.h"
 #include "vx_persist.h"
 #include "vx_reporter.h"
