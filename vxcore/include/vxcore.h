@@ -5,6 +5,7 @@
 #include "vx_array.h"
 #include "vx_container.h"
 #include "vx_export.h"
+#include "vx_file.h"
 #include "vx_globals.h"
 #include "vx_iostream.h"
 #include "vx_list.h"
@@ -15,6 +16,7 @@
 #include "vx_strbase.h"
 #include "vx_var.h"
 #include "vx_vararr.h"
+#include "vx_version.h"
 #include "vx_vorlaxe.h"
 
 #endif
