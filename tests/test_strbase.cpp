@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "vx_test_support.h"
@@ -168,4 +169,64 @@ TEST(StrBase, FloatTextAndResultKinds) {
   EXPECT_EQ(VX_resultArgType(VX_VAR_INT, static_cast<VX_VAR_TYPE>(14)), VX_VAR_UNDEF);
   EXPECT_EQ(VX_resultArgType(VX_VAR_UNDEF, VX_VAR_UINT), VX_VAR_UNDEF);
   EXPECT_EQ(VX_resultArgType(VX_VAR_STRING, VX_VAR_STRING), VX_VAR_STRING);
+}
+
+TEST(StrBase, ArraysToAndFromDelimitedText) {
+  CaptureReporter rep;
+  VX_VarArr a;
+  EXPECT_EQ(VX_str2Val(a, "1,,2", ",", VX_VAR_INT), VX_RET_TRUE);
+  ASSERT_EQ(a.numElems(), 2u);
+  EXPECT_EQ(a[0].i(), 1);
+  EXPECT_EQ(a[1].i(), 2);
+  EXPECT_EQ(VX_str2Val(a, ",,,", ",", VX_VAR_INT), VX_RET_TRUE);
+  ASSERT_EQ(a.numElems(), 1u);
+  EXPECT_EQ(a[0].varType(), VX_VAR_INT);
+  EXPECT_EQ(a[0].i(), 0);
+  EXPECT_EQ(VX_str2Val(a, " 1.5; x ;2", "; ", VX_VAR_DOUBLE), VX_RET_TRUE);
+  ASSERT_EQ(a.numElems(), 3u);
+  EXPECT_EQ(a[1].d(), 0.0);
+
+  char* out = nullptr;
+  EXPECT_EQ(VX_val2Str(a, &out, " | "), VX_RET_TRUE);
+  EXPECT_STREQ(out, "1.500000 | 0.000000 | 2.000000");
+  std::free(out);
+
+  // Long joins grow their buffer as they go.
+  VX_VarArr many(300, VX_VAR_STRING, 0);
+  for (unsigned k = 0; k < many.numElems(); ++k) many[k] = "abc";
+  EXPECT_EQ(VX_val2Str(many, &out, ","), VX_RET_TRUE);
+  EXPECT_EQ(std::strlen(out), 300u * 4 - 1);
+  std::free(out);
+  EXPECT_TRUE(rep.reports.empty());
+
+  VX_VarArr empty;
+  out = reinterpret_cast<char*>(1);
+  EXPECT_EQ(VX_val2Str(empty, &out, ","), VX_RET_ERR_MEM);  // kept: no text, no report
+  EXPECT_EQ(out, nullptr);
+  EXPECT_TRUE(rep.reports.empty());
+  EXPECT_EQ(VX_val2Str(a, &out, nullptr), VX_RET_ERR_ARG);
+  EXPECT_EQ(VX_str2Val(a, nullptr, ",", VX_VAR_INT), VX_RET_ERR_ARG);
+  EXPECT_EQ(a.numElems(), 0u);  // emptied before the text is looked at
+  EXPECT_EQ(VX_str2Val(a, "1", ",", static_cast<VX_VAR_TYPE>(40)), VX_RET_ERR_ARG);
+
+  VX_VarArr pieces(3, VX_VAR_STRING, "a", -1, VX_VAR_STRING, "b", -1, VX_VAR_STRING, "c", -1);
+  int failures = vxtest::forEachAllocFailure([&](long) {
+    char* joined = nullptr;
+    VX_RET_STATUS st = VX_val2Str(pieces, &joined, "+");
+    if (st <= 2) {
+      EXPECT_STREQ(joined, "a+b+c");
+    } else {
+      EXPECT_EQ(st, VX_RET_ERR_MEM);
+      EXPECT_EQ(joined, nullptr);
+    }
+    std::free(joined);
+    VX_VarArr parsed;
+    st = VX_str2Val(parsed, "4 5 6", " ", VX_VAR_INT);
+    if (st <= 2) {
+      EXPECT_EQ(parsed.numElems(), 3u);
+    } else {
+      EXPECT_EQ(st, VX_RET_ERR_MEM);
+    }
+  });
+  EXPECT_GT(failures, 3);
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <vector>
 
+#include "vx_file_test_support.h"
 #include "vx_test_support.h"
 #include "vx_test_var.h"
 #include "vxcore.h"
@@ -553,4 +554,54 @@ TEST(Var, AllocationFailuresLeaveTheVariantUsable) {
   EXPECT_EQ(bare.varType(), VX_VAR_STRING);
   EXPECT_EQ(bare.str(), nullptr);
   EXPECT_STREQ(full.str(), "leftright");
+}
+
+TEST(Var, FileFormRoundTripsAndRefusesOversizedObjects) {
+  CaptureReporter rep;
+  vxtest::TempDir dir;
+  std::string path = dir.file("vars.bin");
+  vxtest::liveCounters = 0;
+  {
+    vxtest::Counter c{31};
+    VX_Var owned(VX_VAR_PTR);
+    owned.setPtr(&c, vxtest::counterHandler);
+    VX_Var limited("abcdef");
+    limited.setStrLengMax(4);
+    VX_Var values[] = {
+        VX_Var(static_cast<char>(-3)), VX_Var(0xFFFFFFFFul, 1), VX_Var(-0.5f), VX_Var(3.25), limited, VX_Var(), owned};
+    const unsigned sizes[] = {10, 13, 13, 17, 14, 9, 17};
+    {
+      VX_FileBinary out(path.c_str(), VX_FILE_CREATE);
+      for (size_t k = 0; k < 7; ++k) {
+        unsigned n = 0;
+        EXPECT_EQ(values[k].persist(anyVersion(), out, n), VX_RET_TRUE) << k;
+        EXPECT_EQ(n, sizes[k]) << k;
+      }
+    }
+    EXPECT_EQ(vxtest::readFileBytes(path).size(), 10u + 13 + 13 + 17 + 14 + 9 + 17);
+    VX_FileBinary in(path.c_str(), VX_FILE_READ);
+    for (size_t k = 0; k < 7; ++k) {
+      VX_Var back;
+      if (k == 6) back.setPtr(nullptr, vxtest::counterHandler);
+      unsigned n = 0;
+      EXPECT_EQ(back.restore(anyVersion(), in, n), VX_RET_TRUE) << k;
+      EXPECT_EQ(n, sizes[k]) << k;
+      EXPECT_EQ(back.varType(), values[k].varType());
+      if (k != 5) {
+        EXPECT_TRUE(back == values[k]) << k;
+      }
+    }
+    EXPECT_TRUE(rep.reports.empty());
+  }
+  EXPECT_EQ(vxtest::liveCounters, 0);
+
+  // An owned object whose stored size runs past the end of the file is refused unread.
+  std::string bytes("\x0a\0\0\0\xff\xff\xff\xff\0\xff\xff\xff\x7f", 13);
+  vxtest::writeFileBytes(path, bytes);
+  VX_FileBinary in(path.c_str(), VX_FILE_READ);
+  VX_Var back(VX_VAR_PTR);
+  back.setPtr(nullptr, vxtest::counterHandler);
+  unsigned n = 0;
+  EXPECT_EQ(back.restore(anyVersion(), in, n), VX_RET_ERR_FILE);
+  EXPECT_TRUE(rep.mentions("left in the file"));
 }

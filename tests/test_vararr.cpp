@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "vx_file_test_support.h"
 #include "vx_test_support.h"
 #include "vx_test_var.h"
 #include "vxcore.h"
@@ -260,4 +261,36 @@ TEST(VarArr, AllocationFailuresNeverHalfBuildAnArray) {
       EXPECT_EQ(st, VX_RET_ERR_MEM);
     }
   });
+}
+
+TEST(VarArr, FileFormRoundTripsAndBoundsTheCount) {
+  CaptureReporter rep;
+  vxtest::TempDir dir;
+  std::string path = dir.file("arr.bin");
+  VX_VarArr a(3, VX_VAR_STRING, "first", -1, VX_VAR_INT, -4, VX_VAR_DOUBLE, 1.5);
+  {
+    VX_FileBinary out(path.c_str(), VX_FILE_CREATE);
+    unsigned n = 0;
+    EXPECT_EQ(a.persist(anyVersion(), out, n), VX_RET_TRUE);
+    EXPECT_EQ(n, 4u + 15 + 13 + 17);
+  }
+  {
+    VX_FileBinary in(path.c_str(), VX_FILE_READ);
+    VX_VarArr back;
+    unsigned n = 0;
+    EXPECT_EQ(back.restore(anyVersion(), in, n), VX_RET_TRUE);
+    EXPECT_EQ(n, 4u + 15 + 13 + 17);
+    EXPECT_TRUE(back == a);
+    EXPECT_STREQ(back[0].str(), "first");
+  }
+  EXPECT_TRUE(rep.reports.empty());
+
+  // A count the rest of the file cannot hold is refused before anything is made for it.
+  vxtest::writeFileBytes(path, std::string("\xff\xff\xff\x0f", 4) + std::string(40, '\0'));
+  VX_FileBinary in(path.c_str(), VX_FILE_READ);
+  VX_VarArr back(2, VX_VAR_INT, 0);
+  unsigned n = 0;
+  EXPECT_EQ(back.restore(anyVersion(), in, n), VX_RET_ERR_FILE);
+  EXPECT_EQ(back.numElems(), 2u);
+  EXPECT_TRUE(rep.mentions("Element count"));
 }

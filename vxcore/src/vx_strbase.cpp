@@ -8,6 +8,8 @@
 #include <cstring>
 
 #include "vx_report.h"
+#include "vx_strfunc.h"
+#include "vx_vararr.h"
 
 namespace {
 
@@ -192,4 +194,68 @@ VX_VAR_TYPE VX_resultArgType(VX_VAR_TYPE a, VX_VAR_TYPE b) {
   VX_VAR_TYPE larger = a > b ? a : b;
   if (larger == VX_VAR_WILD || larger == 14) return VX_VAR_UNDEF;
   return larger;
+}
+
+// The joined text grows by doubling, so joining stays linear in its length. An array without
+// elements gives a null text and VX_RET_ERR_MEM without a report, as it always has.
+VX_RET_STATUS VX_val2Str(VX_VarArr& arr, char** out, const char* sep) {
+  VX_setUserError(0);
+  if (!out || !sep) return VX_FAIL(VX_RET_ERR_ARG);
+  *out = nullptr;
+  if (!arr.objIsEnabled()) return VX_FAIL(VX_RET_ERR_ARG);
+  if (arr.numElems() == 0) return VX_RET_ERR_MEM;
+  size_t length = 0, capacity = 0, sepLength = std::strlen(sep);
+  char* joined = nullptr;
+  for (unsigned k = 0; k < arr.numElems(); ++k) {
+    char* piece = nullptr;
+    VX_RET_STATUS st = VX_val2Str(arr[k], &piece);
+    if (st > 2) {
+      VX_free(joined);
+      return st;
+    }
+    size_t need = length + (k ? sepLength : 0) + std::strlen(piece) + 1;
+    if (need > capacity) {
+      size_t grown = capacity * 2 > need ? capacity * 2 : need;
+      char* bigger = static_cast<char*>(VX_realloc(joined, grown));
+      if (!bigger) {
+        VX_free(piece);
+        VX_free(joined);
+        return VX_FAIL(VX_RET_ERR_MEM);
+      }
+      joined = bigger;
+      capacity = grown;
+    }
+    if (k) {
+      std::memcpy(joined + length, sep, sepLength);
+      length += sepLength;
+    }
+    std::strcpy(joined + length, piece);
+    length += std::strlen(piece);
+    VX_free(piece);
+  }
+  *out = joined;
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_str2Val(VX_VarArr& arr, const char* text, const char* delims, VX_VAR_TYPE t) {
+  VX_setUserError(0);
+  if (!arr.objIsEnabled()) return VX_FAIL(VX_RET_ERR_ARG);
+  VX_RET_STATUS st = arr.delAll();
+  if (st > 2) return st;
+  if (!text || !delims) return VX_FAIL(VX_RET_ERR_ARG);
+  VX_Array<VX_String> tokens;
+  st = VX_splitString(text, delims, tokens);
+  if (st > 2) return st;
+  unsigned n = tokens.numElems();
+  st = arr.insElems(VX_INS_BEFORE, 0, n ? n : 1);
+  if (st > 2) return st;
+  if (n == 0) {
+    st = arr[0].set(t, nullptr);
+    return st > 2 ? st : VX_RET_TRUE;
+  }
+  for (unsigned k = 0; k < n; ++k) {
+    if ((st = arr[k].set(t, nullptr)) > 2) return st;
+    if ((st = VX_str2Val(arr[k], static_cast<const char*>(tokens[k]))) > 2) return st;
+  }
+  return VX_RET_TRUE;
 }

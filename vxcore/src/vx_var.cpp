@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "vx_file.h"
 #include "vx_packbytes.h"
 #include "vx_report.h"
 #include "vx_strbase.h"
@@ -831,14 +832,101 @@ VX_RET_STATUS VX_Var::unpack(VX_Version&, char* buffer, unsigned int& size, VX_S
   return VX_RET_TRUE;
 }
 
-VX_RET_STATUS VX_Var::persist(VX_Version&, VX_FileBinary&, unsigned int& size) {
+// The file form has the fields of the packed form, each in the file's own encoding. A text
+// is written with its NUL only (no padding to the maximum length); an object owned through
+// a handler is written as its packed size and then its packed bytes, so that it can be read
+// back without knowing its size beforehand.
+VX_RET_STATUS VX_Var::persist(VX_Version&, VX_FileBinary& file, unsigned int& size) {
   VX_setUserError(0);
   size = 0;
-  return VX_FAIL(VX_RET_ERR_NIMP);
+  if (!usable()) return VX_RET_ERR_POBJ;
+  unsigned n = 0;
+  auto put = [&](auto v) {
+    VX_RET_STATUS st;
+    if constexpr (std::is_same_v<decltype(v), int8_t>)
+      st = file.persistVal(static_cast<char>(v), n);
+    else
+      st = file.persistVal(v, n);
+    size += n;
+    return st;
+  };
+  VX_RET_STATUS st = put(static_cast<int>(VX_varType2Alias(type)));
+  if (st <= 2) st = put(static_cast<int>(type == VX_VAR_STRING ? strLengMax : -1));
+  if (st <= 2) st = put(lockVarType);
+  if (st > 2) return st;
+  if (visitScalar([&](auto& v) { st = put(v); })) return st;
+  if (type == VX_VAR_STRING) {
+    st = file.persistVal(value.str ? value.str : "", n);
+    size += n;
+    return st;
+  }
+  if (type != VX_VAR_PTR) return VX_RET_TRUE;
+  if (!classVarOp) return put(value.ptr);
+  unsigned bytes = packedValueSize(VX_STORAGE_BINARY);
+  char* block = static_cast<char*>(VX_malloc(bytes ? bytes : 1));
+  if (!block) return VX_FAIL(VX_RET_ERR_MEM);
+  st = classVarOp(VX_CLASS_VAR_PACK, value.ptr, block, VX_STORAGE_BINARY);
+  if (st <= 2) st = put(bytes);
+  if (st <= 2 && bytes) {
+    st = file.write(block, 1, bytes);
+    if (st <= 2) size += bytes;
+  }
+  VX_free(block);
+  return st;
 }
 
-VX_RET_STATUS VX_Var::restore(VX_Version&, VX_FileBinary&, unsigned int& size) {
+// Reads what persist wrote. A size read from the file is checked against the bytes the
+// file still holds before anything is allocated for it.
+VX_RET_STATUS VX_Var::restore(VX_Version&, VX_FileBinary& file, unsigned int& size) {
   VX_setUserError(0);
   size = 0;
-  return VX_FAIL(VX_RET_ERR_NIMP);
+  if (!usable()) return VX_RET_ERR_POBJ;
+  unsigned n = 0;
+  auto get = [&](auto& v) {
+    VX_RET_STATUS st;
+    if constexpr (std::is_same_v<std::decay_t<decltype(v)>, int8_t>) {
+      char c = 0;
+      st = file.restoreVal(c, n);
+      v = static_cast<int8_t>(c);
+    } else {
+      st = file.restoreVal(v, n);
+    }
+    size += n;
+    return st;
+  };
+  int alias = 0, max = -1;
+  unsigned char lock = 0;
+  VX_RET_STATUS st = get(alias);
+  if (st > 2 || (st = set(VX_varAlias2Type(alias), nullptr)) > 2) return st;
+  if ((st = get(max)) > 2 || (st = setStrLengMax(max)) > 2) return st;
+  if ((st = get(lock)) > 2) return st;
+  setLockVarType(lock);
+  if (visitScalar([&](auto& v) { st = get(v); })) return st;
+  if (type == VX_VAR_STRING) {
+    char* text = nullptr;
+    st = file.restoreVal(&text, n);
+    size += n;
+    if (st <= 2) st = assignStr(text);
+    VX_free(text);
+    return st;
+  }
+  if (type != VX_VAR_PTR) return VX_RET_TRUE;
+  if (!classVarOp) return get(value.ptr);
+  unsigned bytes = 0;
+  if ((st = get(bytes)) > 2) return st;
+  long left = file.length() - file.tell();
+  if (left < 0 || bytes > static_cast<unsigned long>(left)) {
+    VX_REPORT_ERROR("VX_Var restore", "Object of %u bytes but %ld left in the file", bytes, left);
+    return VX_RET_ERR_FILE;
+  }
+  char* block = static_cast<char*>(VX_malloc(bytes ? bytes : 1));
+  if (!block) return VX_FAIL(VX_RET_ERR_MEM);
+  st = bytes ? file.read(block, 1, bytes) : VX_RET_TRUE;
+  if (st <= 2) {
+    size += bytes;
+    unsigned consumed = 0;
+    st = classVarOp(VX_CLASS_VAR_UNPACK, value.ptr, block, &consumed, VX_STORAGE_BINARY);
+  }
+  VX_free(block);
+  return st;
 }

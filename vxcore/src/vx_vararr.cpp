@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "vx_file.h"
 #include "vx_packbytes.h"
 #include "vx_report.h"
 
@@ -254,14 +255,39 @@ VX_RET_STATUS VX_VarArr::unpack(VX_Version& version, char* buffer, unsigned int&
   return VX_RET_TRUE;
 }
 
-VX_RET_STATUS VX_VarArr::persist(VX_Version&, VX_FileBinary&, unsigned int& size) {
+VX_RET_STATUS VX_VarArr::persist(VX_Version& version, VX_FileBinary& file, unsigned int& size) {
   VX_setUserError(0);
   size = 0;
-  return VX_FAIL(VX_RET_ERR_NIMP);
+  if (!usable()) return VX_RET_ERR_POBJ;
+  unsigned n = 0;
+  VX_RET_STATUS st = file.persistVal(numElems(), n);
+  size += n;
+  for (unsigned k = 0; st <= 2 && k < numElems(); ++k) {
+    st = at(k).persist(version, file, n);
+    size += n;
+  }
+  return st > 2 ? st : VX_RET_TRUE;
 }
 
-VX_RET_STATUS VX_VarArr::restore(VX_Version&, VX_FileBinary&, unsigned int& size) {
+// Every element takes at least its 9-byte header in the file, which bounds the count that
+// the file may claim.
+VX_RET_STATUS VX_VarArr::restore(VX_Version& version, VX_FileBinary& file, unsigned int& size) {
   VX_setUserError(0);
   size = 0;
-  return VX_FAIL(VX_RET_ERR_NIMP);
+  if (!usable()) return VX_RET_ERR_POBJ;
+  unsigned count = 0, n = 0;
+  VX_RET_STATUS st = file.restoreVal(count, n);
+  size += n;
+  if (st > 2) return st;
+  long left = file.length() - file.tell();
+  if (left < 0 || count > static_cast<unsigned long>(left) / 9) {
+    VX_REPORT_ERROR("VX_VarArr restore", "Element count %u but %ld bytes left in the file", count, left);
+    return VX_RET_ERR_FILE;
+  }
+  st = rebuild(count);
+  for (unsigned k = 0; st <= 2 && k < count; ++k) {
+    st = at(k).restore(version, file, n);
+    size += n;
+  }
+  return st > 2 ? st : VX_RET_TRUE;
 }
