@@ -8,6 +8,7 @@
 #include "vx_export.h"
 #include "vx_file.h"
 #include "vx_globals.h"
+#include "vx_hash.h"
 #include "vx_iostream.h"
 #include "vx_list.h"
 #include "vx_mem.h"

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "vx_file.h"
+#include "vx_numconv.h"
 #include "vx_packbytes.h"
 #include "vx_report.h"
 #include "vx_strbase.h"
@@ -27,12 +28,6 @@ struct Number {
   int64_t i;
   double d;
 };
-
-// Truncation toward zero that stays defined for values no integer can hold.
-int64_t truncate(double x) {
-  if (!(x > -9.2e18 && x < 9.2e18)) return INT64_MIN;
-  return static_cast<int64_t>(x);
-}
 
 // Text parsed with the scanning format of `target`, 0 when absent or unparsable.
 Number parseFor(VX_VAR_TYPE target, const char* text) {
@@ -561,7 +556,7 @@ VX_RET_STATUS VX_Var::cast(VX_VAR_TYPE t) {
   }
   VX_RET_STATUS st = releaseValue(false);
   if (st > 2) return st;
-  int64_t iv = n.floating ? truncate(n.d) : n.i;
+  int64_t iv = n.floating ? VX_truncToInt64(n.d) : n.i;
   double dv = n.floating ? n.d : static_cast<double>(n.i);
   switch (t) {
     case VX_VAR_UCHAR: value.uc = static_cast<uint8_t>(iv); break;
