@@ -1,0 +1,119 @@
+// The hash table VX_HashTable with its entries, and the library's default hash functions.
+#ifndef VX_HASH_H
+#define VX_HASH_H
+
+#include "vx_array.h"
+#include "vx_list.h"
+#include "vx_str.h"
+#include "vx_vararr.h"
+
+// VX_HashEntry: one key and its data, both held by value. An entry whose key or data could
+// not be copied (memory ran out) is not enabled; the table never keeps such an entry.
+template <class K, class D>
+class VX_API VX_HashEntry : public VX_VorlaxeClass {
+ public:
+  VX_HashEntry();
+  VX_HashEntry(const K& key, const D& data);
+  VX_HashEntry(const VX_HashEntry& other);
+  ~VX_HashEntry() override;
+  VX_HashEntry& operator=(const VX_HashEntry& other);
+  // Equal keys and equal data; both entries must be enabled (else VX_RET_ERR_OBJ and 0).
+  unsigned char operator==(const VX_HashEntry& other) const;
+  unsigned char objIsEnabled() const { return enabled; }
+
+  unsigned char enabled;
+  K key;
+  D data;
+
+ private:
+  void initDataMembers();
+  void cleanupDataMembers();
+};
+
+// VX_HashTable: keys mapped to data by separate chaining over a bucket count fixed at
+// construction (the table never rehashes). The bucket of a key is hashFunc(key, size), or
+// 0 without a hash function; a hash function answering size or more makes the operation fail
+// with VX_RET_ERR_GEN and never touches the table. Each bucket is a linked list with the
+// newest entry first. The table owns copies of keys and data; releaseFunc, when given, sees
+// every entry just before the table lets go of it (deleteEntry and destruction). A table whose
+// buckets could not be allocated is not enabled and every operation reports VX_RET_ERR_OBJ.
+// A walk over a bucket holds that bucket's lock: adding to, deleting from or iterating the
+// bucket that iterate is walking is refused with VX_RET_ERR_ILOCK.
+template <class K, class D>
+class VX_API VX_HashTable : public VX_VorlaxeClass {
+ public:
+  typedef unsigned int (*HashFunc)(const K& key, unsigned int size);
+  typedef VX_RET_STATUS (*EntryFunc)(K& key, D& data);
+  typedef VX_HashEntry<K, D> Entry;
+  typedef VX_LList<Entry> Bucket;
+
+  VX_HashTable(unsigned int size = 256, HashFunc hashFunc = nullptr, EntryFunc releaseFunc = nullptr);
+  ~VX_HashTable() override;
+
+  unsigned char objIsEnabled() const { return enabled; }
+  unsigned int getSize() const { return size; }
+  unsigned int numEntries() const { return nEntries; }
+
+  // VX_RET_FALSE when the key is present already (its data stays).
+  VX_RET_STATUS addEntry(const K& key, const D& data);
+  VX_RET_STATUS deleteEntry(const K& key);
+  VX_RET_STATUS hasEntry(const K& key);
+  // Copies the data of `key` into `data`; VX_RET_FALSE (data untouched) when absent.
+  VX_RET_STATUS getEntryData(const K& key, D& data);
+  VX_RET_STATUS setEntryData(const K& key, const D& data);
+  // Calls `callback` for every entry, bucket by bucket; a result of 3 or more stops the walk
+  // and is returned.
+  VX_RET_STATUS iterate(EntryFunc callback);
+
+ private:
+  VX_HashTable(const VX_HashTable&);
+  VX_HashTable& operator=(const VX_HashTable&);
+
+  VX_RET_STATUS initDataMembers(unsigned int size);
+  VX_RET_STATUS cleanupDataMembers();
+  // The bucket of `key`, or null after reporting VX_RET_ERR_GEN at `line`.
+  Bucket* bucketOf(const K& key, unsigned line);
+  Entry* getEntryPtr(const K& key);
+
+  unsigned char enabled;
+  unsigned int size;
+  unsigned int nEntries;
+  HashFunc hashFunc;
+  EntryFunc releaseFunc;
+  VX_Array<Bucket>* buckets;
+};
+
+#include "vx_hash_impl.h"
+
+// The default hash functions. The string hash is multiplicative hashing with the golden
+// ratio (0.618034 as a float) over h = 2h + c taken in double precision; a key without text
+// gives `size`, which the table rejects. The variant hash prints the value first ("%c", "%u",
+// "%d", "%ld", "%p", "%f", "%lf" by kind; a string as it is) and hashes the text, so the
+// integer 65 and the text "65" share a bucket. The variant-array hash carries one float
+// accumulator across the elements and sums their contributions modulo 2^32. Kinds that cannot
+// be printed report VX_RET_ERR_ARG and give `size`.
+VX_API unsigned int VX_defHashFuncStringKey(const VX_String& key, unsigned int size);
+VX_API unsigned int VX_defHashFuncVarKey(const VX_Var& key, unsigned int size);
+VX_API unsigned int VX_defHashFuncVarArrKey(const VX_VarArr& key, unsigned int size);
+
+// Every class template a table of K and D brings, declared `extern` in headers
+// (VX_HASH_TEMPLATES(extern, K, D)) and defined once by the source that owns the pair
+// (VX_HASH_TEMPLATES(, K, D)).
+#define VX_HASH_TEMPLATES(EXT, K, D)                                \
+  EXT template class VX_HashEntry<K, D>;                            \
+  EXT template class VX_Container<VX_HashEntry<K, D>>;              \
+  EXT template class VX_OrdContainer<VX_HashEntry<K, D>>;           \
+  EXT template class VX_I_Iterator<VX_HashEntry<K, D>>;             \
+  EXT template class VX_IndContainer<VX_HashEntry<K, D>>;           \
+  EXT template class VX_LNode<VX_HashEntry<K, D>>;                  \
+  EXT template class VX_LList<VX_HashEntry<K, D>>;                  \
+  EXT template class VX_Container<VX_LList<VX_HashEntry<K, D>>>;    \
+  EXT template class VX_OrdContainer<VX_LList<VX_HashEntry<K, D>>>; \
+  EXT template class VX_I_Iterator<VX_LList<VX_HashEntry<K, D>>>;   \
+  EXT template class VX_IndContainer<VX_LList<VX_HashEntry<K, D>>>; \
+  EXT template class VX_Array<VX_LList<VX_HashEntry<K, D>>>;        \
+  EXT template class VX_HashTable<K, D>;
+
+VX_HASH_TEMPLATES(extern, VX_Var, VX_Var)
+
+#endif

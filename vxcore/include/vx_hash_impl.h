@@ -1,0 +1,265 @@
+// Bodies of VX_HashEntry and VX_HashTable. Included by vx_hash.h; reports carry this
+// header's label and the table's fixed line numbers.
+#ifndef VX_HASH_IMPL_H
+#define VX_HASH_IMPL_H
+
+#include "vx_hash.h"
+
+#define VX_HASH_IMPL_FILE "vxcore/include/vx_hash_impl"
+
+// Whether `copy` really holds what was copied from `src`. Library objects that fail to copy
+// end up disabled; a string that runs out of memory silently becomes the null string.
+template <class T>
+inline auto VX_hashCopied(const T& copy, const T&, int) -> decltype(copy.objIsEnabled(), bool()) {
+  return copy.objIsEnabled();
+}
+template <class T>
+inline bool VX_hashCopied(const T&, const T&, long) {
+  return true;
+}
+inline bool VX_hashCopied(const VX_String& copy, const VX_String& src, int) {
+  return copy.objIsEnabled() && (static_cast<const char*>(src) == nullptr || static_cast<const char*>(copy) != nullptr);
+}
+
+// Assigns and tells whether the assignment took: a refused one hands back the sink.
+template <class T>
+inline bool VX_hashAssign(T& dst, const T& src) {
+  T& result = (dst = src);
+  return &result == &dst && VX_hashCopied(dst, src, 0);
+}
+
+// ---- VX_HashEntry ------------------------------------------------------------------------
+
+template <class K, class D>
+VX_HashEntry<K, D>::VX_HashEntry() : key(), data() {
+  VX_setUserError(0);
+  initDataMembers();
+}
+
+template <class K, class D>
+VX_HashEntry<K, D>::VX_HashEntry(const K& k, const D& d) : key(k), data(d) {
+  VX_setUserError(0);
+  initDataMembers();
+  enabled = VX_hashCopied(key, k, 0) && VX_hashCopied(data, d, 0);
+}
+
+template <class K, class D>
+VX_HashEntry<K, D>::VX_HashEntry(const VX_HashEntry& other) : VX_VorlaxeClass(), key(other.key), data(other.data) {
+  VX_setUserError(0);
+  initDataMembers();
+  enabled = other.enabled && VX_hashCopied(key, other.key, 0) && VX_hashCopied(data, other.data, 0);
+}
+
+template <class K, class D>
+VX_HashEntry<K, D>::~VX_HashEntry() {
+  cleanupDataMembers();
+}
+
+template <class K, class D>
+VX_HashEntry<K, D>& VX_HashEntry<K, D>::operator=(const VX_HashEntry& other) {
+  VX_setUserError(0);
+  if (&other == this) return *this;
+  bool keyTook = VX_hashAssign(key, other.key);
+  bool dataTook = VX_hashAssign(data, other.data);
+  enabled = other.enabled && keyTook && dataTook;
+  return *this;
+}
+
+template <class K, class D>
+unsigned char VX_HashEntry<K, D>::operator==(const VX_HashEntry& other) const {
+  VX_setUserError(0);
+  if (!enabled || !other.enabled) {
+    VX_reportStatus(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 124);
+    return 0;
+  }
+  if (&other == this) return 1;
+  return key == other.key && data == other.data;
+}
+
+template <class K, class D>
+void VX_HashEntry<K, D>::initDataMembers() {
+  enabled = 1;
+}
+
+template <class K, class D>
+void VX_HashEntry<K, D>::cleanupDataMembers() {
+  enabled = 0;
+}
+
+// ---- VX_HashTable ------------------------------------------------------------------------
+
+template <class K, class D>
+VX_HashTable<K, D>::VX_HashTable(unsigned int n, HashFunc h, EntryFunc release) {
+  VX_setUserError(0);
+  if (initDataMembers(n) > 2) return;
+  hashFunc = h;
+  releaseFunc = release;
+}
+
+template <class K, class D>
+VX_HashTable<K, D>::~VX_HashTable() {
+  VX_setUserError(0);
+  cleanupDataMembers();
+}
+
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::initDataMembers(unsigned int n) {
+  enabled = 0;
+  size = 0;
+  nEntries = 0;
+  hashFunc = nullptr;
+  releaseFunc = nullptr;
+  buckets = VX_newObject<VX_Array<Bucket>>(n, static_cast<unsigned char>(0));
+  if (buckets && !buckets->objIsEnabled()) {
+    VX_deleteObject(buckets);
+    buckets = nullptr;
+  }
+  if (!buckets) return VX_reportFail(VX_RET_ERR_MEM, VX_HASH_IMPL_FILE, 208);
+  size = n;
+  enabled = 1;
+  return VX_RET_TRUE;
+}
+
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::cleanupDataMembers() {
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 225);
+  if (releaseFunc) iterate(releaseFunc);
+  VX_deleteObject(buckets);
+  buckets = nullptr;
+  enabled = 0;
+  nEntries = 0;
+  return VX_RET_TRUE;
+}
+
+template <class K, class D>
+typename VX_HashTable<K, D>::Bucket* VX_HashTable<K, D>::bucketOf(const K& key, unsigned line) {
+  unsigned int b = hashFunc ? hashFunc(key, size) : 0;
+  if (b >= size) {
+    VX_reportStatus(VX_RET_ERR_GEN, VX_HASH_IMPL_FILE, line);
+    return nullptr;
+  }
+  return &(*buckets)[b];
+}
+
+// A walk nested inside another one over the same bucket (a callback of iterate looking a
+// key up) has the lock reported and goes on; the outer walk's cursor is put back after it.
+template <class K, class D>
+typename VX_HashTable<K, D>::Entry* VX_HashTable<K, D>::getEntryPtr(const K& key) {
+  if (!enabled) {
+    VX_reportStatus(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 303);
+    return nullptr;
+  }
+  Bucket* list = bucketOf(key, 316);
+  if (!list) return nullptr;
+  bool owner = list->lock() == VX_RET_TRUE;
+  unsigned int outer = 0;
+  bool hadCursor = !owner && list->getCurIndex(outer) == VX_RET_TRUE;
+  Entry* found = nullptr;
+  for (list->setCurFirst(); !found && !list->curIsNull(); list->setCurNext()) {
+    Entry* e = nullptr;
+    if (list->getCurElem(&e) == VX_RET_TRUE && e->key == key) found = e;
+  }
+  if (owner)
+    list->unlock();
+  else if (hadCursor)
+    list->setCurIndex(outer);
+  return found;
+}
+
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::addEntry(const K& key, const D& data) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 441);
+  if (getEntryPtr(key)) return VX_RET_FALSE;
+  Bucket* list = bucketOf(key, 464);
+  if (!list) return VX_RET_ERR_GEN;
+  if (list->isLocked()) return VX_reportFail(VX_RET_ERR_ILOCK, VX_HASH_IMPL_FILE, 472);
+  Entry entry(key, data);
+  if (!entry.enabled) return VX_RET_ERR_MEM;  // the failed copy has reported
+  VX_RET_STATUS st = list->preappendElem(entry);
+  if (st > 2) return st;
+  // The list holds its own copy, which may have run out of memory in turn.
+  if (!(*list)[0].enabled) {
+    list->setCurFirst();
+    list->delCurElem(0);
+    return VX_RET_ERR_MEM;
+  }
+  ++nEntries;
+  return VX_RET_TRUE;
+}
+
+// Deleting from the bucket that iterate is walking would pull the entry from under the
+// walk, so it is refused with VX_RET_ERR_ILOCK.
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::deleteEntry(const K& key) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 497);
+  Bucket* list = bucketOf(key, 506);
+  if (!list) return VX_RET_ERR_GEN;
+  VX_RET_STATUS st = list->lock();
+  if (st > 2) return st;
+  for (list->setCurFirst(); !list->curIsNull(); list->setCurNext()) {
+    Entry* e = nullptr;
+    if (list->getCurElem(&e) != VX_RET_TRUE || !(e->key == key)) continue;
+    if (releaseFunc) releaseFunc(e->key, e->data);
+    --nEntries;
+    st = list->delCurElem(0);
+    list->unlock();
+    return st > 2 ? st : VX_RET_TRUE;
+  }
+  list->unlock();
+  return VX_RET_FALSE;
+}
+
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::hasEntry(const K& key) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 381);
+  return getEntryPtr(key) ? VX_RET_TRUE : VX_RET_FALSE;
+}
+
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::getEntryData(const K& key, D& data) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 399);
+  Entry* e = getEntryPtr(key);
+  if (!e) return VX_RET_FALSE;
+  data = e->data;
+  return VX_RET_TRUE;
+}
+
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::setEntryData(const K& key, const D& data) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 419);
+  Entry* e = getEntryPtr(key);
+  if (!e) return VX_RET_FALSE;
+  if (&e->data != &data) e->data = data;
+  return VX_RET_TRUE;
+}
+
+// A bucket whose lock is held already (iterate called from its own callback) is refused.
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::iterate(EntryFunc callback) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 548);
+  if (!callback) return VX_reportFail(VX_RET_ERR_ARG, VX_HASH_IMPL_FILE, 550);
+  for (unsigned int b = 0; b < size; ++b) {
+    Bucket& list = (*buckets)[b];
+    VX_RET_STATUS st = list.lock();
+    if (st > 2) return st;
+    for (list.setCurFirst(); !list.curIsNull(); list.setCurNext()) {
+      Entry* e = nullptr;
+      if (list.getCurElem(&e) != VX_RET_TRUE) break;
+      st = callback(e->key, e->data);
+      if (st > 2) {
+        list.unlock();
+        return st;
+      }
+    }
+    list.unlock();
+  }
+  return VX_RET_TRUE;
+}
+
+#endif
