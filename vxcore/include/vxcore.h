@@ -6,6 +6,7 @@
 #include "vx_globals.h"
 #include "vx_iostream.h"
 #include "vx_mem.h"
+#include "vx_path.h"
 #include "vx_persist.h"
 #include "vx_reporter.h"
 #include "vx_str.h"
