@@ -4,6 +4,8 @@
 
 #include "vx_globals.h"
 
+#include <cstdint>
+
 class VX_Version;
 class VX_FileBinary;
 
@@ -13,7 +15,8 @@ enum VX_STORAGE_TYPE : int { VX_STORAGE_ASCII = 0, VX_STORAGE_BINARY = 1 };
 // VX_Persistable: abstract base of every class whose objects turn into bytes, packed into a
 // caller's buffer (pack/unpack) or written field by field into a binary file
 // (persist/restore). Every form carries the format version. The slot order is part of the
-// binary interface. Packed numbers are little-endian and unpadded.
+// binary interface. Packed numbers are little-endian and unpadded. A class that overrides the
+// virtual pack brings the allocating pack back into view with `using VX_Persistable::pack;`.
 class VX_API VX_Persistable {
  public:
   virtual ~VX_Persistable();
@@ -22,6 +25,54 @@ class VX_API VX_Persistable {
   virtual VX_RET_STATUS unpack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) = 0;
   virtual VX_RET_STATUS persist(VX_Version& version, VX_FileBinary& file, unsigned int& size) = 0;
   virtual VX_RET_STATUS restore(VX_Version& version, VX_FileBinary& file, unsigned int& size) = 0;
+
+  // Allocates (malloc) a block of getPackedSize bytes into *block; *size, when given, gets
+  // that size. The caller frees the block.
+  VX_RET_STATUS allocatePackBlock(VX_Version& version, char** block, unsigned int* size, VX_STORAGE_TYPE storage);
+  // Allocates and fills a block in one call. On a failure after the allocation the block stays
+  // in *block for the caller to free. With `size` given, a fill that writes a different number
+  // of bytes than getPackedSize promised is an internal error (VX_RET_ERR_GEN).
+  VX_RET_STATUS pack(VX_Version& version, char** block, unsigned int* size, VX_STORAGE_TYPE storage);
+
+  // Field helpers for persist/restore: each forwards to the binary file's member of the same
+  // name, which fixes the encoding, and returns its status; `size` gets the bytes moved.
+  VX_RET_STATUS persistVal(char value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(unsigned char value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(short value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(unsigned short value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(int value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(unsigned int value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(long value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(unsigned long value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(float value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(double value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(void* value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS persistVal(const char* text, VX_FileBinary& file, unsigned int& size, unsigned char scramble);
+
+  VX_RET_STATUS restoreVal(char& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(unsigned char& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(short& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(unsigned short& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(int& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(unsigned int& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(long& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(unsigned long& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(float& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(double& value, VX_FileBinary& file, unsigned int& size);
+  VX_RET_STATUS restoreVal(void** value, VX_FileBinary& file, unsigned int& size);
+  // *text gets a malloc'ed copy the caller frees.
+  VX_RET_STATUS restoreVal(char** text, VX_FileBinary& file, unsigned int& size, unsigned char scramble);
 };
+
+// Little-endian byte forms of packed numbers, whatever the host: `width` (at most 8) bytes of
+// `value` at `at`, lowest first.
+inline void VX_putLE(char* at, uint64_t value, unsigned width) {
+  for (unsigned i = 0; i < width; ++i) at[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
+}
+inline uint64_t VX_getLE(const char* at, unsigned width) {
+  uint64_t value = 0;
+  for (unsigned i = 0; i < width; ++i) value |= static_cast<uint64_t>(static_cast<unsigned char>(at[i])) << (8 * i);
+  return value;
+}
 
 #endif

@@ -47,7 +47,9 @@ class VX_API VX_String : public VX_Memory, public VX_Persistable {
   unsigned char operator!=(const char* text) const;
 
   // Packed form: a 32-bit count (0 for the null string, else length + 1), then the
-  // characters and the NUL. Only VX_STORAGE_BINARY is accepted.
+  // characters and the NUL. Only VX_STORAGE_BINARY is accepted. The file form is the binary
+  // file's text encoding, so the null string is written, and read back, as the empty text.
+  using VX_Persistable::pack;
   VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
   unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) override;
   VX_RET_STATUS unpack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;

@@ -3,6 +3,7 @@
 #define VXCORE_H
 
 #include "vx_export.h"
+#include "vx_file.h"
 #include "vx_globals.h"
 #include "vx_iostream.h"
 #include "vx_mem.h"
@@ -10,6 +11,7 @@
 #include "vx_persist.h"
 #include "vx_reporter.h"
 #include "vx_str.h"
+#include "vx_version.h"
 #include "vx_vorlaxe.h"
 
 #endif

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "vx_file.h"
 #include "vx_report.h"
 
 int VX_strcmp(const char* a, const char* b) {
@@ -300,15 +301,23 @@ VX_RET_STATUS VX_String::unpack(VX_Version&, char* buffer, unsigned int& size, V
   return VX_RET_TRUE;
 }
 
-// File persistence arrives with the binary file.
-VX_RET_STATUS VX_String::persist(VX_Version&, VX_FileBinary&, unsigned int& size) {
+// The file form is the binary file's text encoding: the characters and a zero byte. The null
+// string is written as the empty text, so it reads back as the empty text.
+VX_RET_STATUS VX_String::persist(VX_Version&, VX_FileBinary& file, unsigned int& size) {
   VX_setUserError(0);
   size = 0;
-  return VX_FAIL(VX_RET_ERR_NIMP);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return file.persistVal(chars(), size, 0);
 }
 
-VX_RET_STATUS VX_String::restore(VX_Version&, VX_FileBinary&, unsigned int& size) {
+VX_RET_STATUS VX_String::restore(VX_Version&, VX_FileBinary& file, unsigned int& size) {
   VX_setUserError(0);
   size = 0;
-  return VX_FAIL(VX_RET_ERR_NIMP);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  char* text = nullptr;
+  VX_RET_STATUS st = file.restoreVal(&text, size, 0);
+  if (st > 2) return st;
+  memFree();
+  if (text) memSet(text, static_cast<unsigned>(std::strlen(text)) + 1);  // adopts the block
+  return st;
 }

@@ -1,0 +1,897 @@
+// Files over standard-I/O streams.
+#define VX_MODULE_LABEL ".\\src\\vx_file"
+
+#include "vx_file.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "vx_mem.h"
+#include "vx_platform.h"
+#include "vx_report.h"
+#include "vx_version.h"
+
+// The stream of an opened file, shared by the object that opened it and every copy made from
+// it. The owner closes the stream and clears `stream`; the record itself goes with its last user,
+// so a copy that outlives the owner sees a closed file instead of a dangling handle.
+struct VX_FileStreamShare {
+  std::FILE* stream;
+  unsigned users;
+  enum Io { None, Reading, Writing } lastIo;
+};
+
+namespace {
+
+enum : unsigned { TextWorkSize = 1024, SearchChunk = 4096, PackSlack = 8 };
+
+// scan(VX_String&) reads through this one buffer ("%1024s" and its terminator).
+char scanWorkBuffer[TextWorkSize + 1];
+
+// Bit inversion of the characters of a stored text; applying it twice restores them.
+void invertBytes(char* bytes, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<char>(~static_cast<unsigned char>(bytes[i]));
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// VX_File
+
+VX_File::VX_File() : fileName(nullptr) {
+  VX_setUserError(0);
+  initDataMembers();
+}
+
+VX_File::VX_File(const char* path, VX_FILE_MODE openMode, VX_STORAGE_TYPE storage, unsigned char buffered,
+                 unsigned int size)
+    : fileName(nullptr) {
+  VX_setUserError(0);
+  initDataMembers();
+  openOrDisable(path, openMode, storage, buffered, size);
+}
+
+VX_File::VX_File(const VX_File& other) : VX_VorlaxeClass(), fileName(nullptr) {
+  VX_setUserError(0);
+  initDataMembers();
+  if (!other.enabled) {
+    enabled = 0;
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return;
+  }
+  shareFrom(other);
+}
+
+VX_File::~VX_File() { cleanupDataMembers(); }
+
+void VX_File::initDataMembers() {
+  enabled = 1;
+  share = nullptr;
+  fileName = static_cast<const char*>(nullptr);
+  mode = VX_FILE_CREATE;
+  bufferSize = 0;
+  buffer = nullptr;
+  sharesStream = 0;
+}
+
+// Closes the stream and frees the buffer only when this object opened them. Safe to repeat.
+void VX_File::cleanupDataMembers() {
+  if (share) {
+    if (!sharesStream) {
+      if (share->stream) std::fclose(share->stream);
+      share->stream = nullptr;
+      VX_free(buffer);  // after fclose: the stream used it to the end
+    }
+    if (--share->users == 0) VX_free(share);
+  }
+  share = nullptr;
+  buffer = nullptr;
+  bufferSize = 0;
+  sharesStream = 0;
+  fileName = static_cast<const char*>(nullptr);
+  enabled = 0;
+}
+
+void VX_File::resetMembers() {
+  cleanupDataMembers();
+  initDataMembers();
+}
+
+void VX_File::shareFrom(const VX_File& other) {
+  resetMembers();
+  share = other.share;
+  if (share) ++share->users;
+  fileName = other.fileName;
+  mode = other.mode;
+  bufferSize = other.bufferSize;
+  buffer = other.buffer;
+  sharesStream = 1;
+}
+
+VX_File& VX_File::operator=(const VX_File& other) {
+  VX_setUserError(0);
+  if (!enabled || !other.enabled) {
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return *this;
+  }
+  // Already on the same stream: taking it again would first close it under the other object.
+  if (&other == this || (share && share == other.share)) return *this;
+  shareFrom(other);
+  return *this;
+}
+
+std::FILE* VX_File::fileStream() const { return share ? share->stream : nullptr; }
+
+std::FILE* VX_File::ioStream(bool writing) {
+  std::FILE* fp = fileStream();
+  if (!fp) return nullptr;
+  VX_FileStreamShare::Io wanted = writing ? VX_FileStreamShare::Writing : VX_FileStreamShare::Reading;
+  if (share->lastIo != VX_FileStreamShare::None && share->lastIo != wanted) std::fseek(fp, 0, SEEK_CUR);
+  share->lastIo = wanted;
+  return fp;
+}
+
+VX_RET_STATUS VX_File::open(const char* path, VX_FILE_MODE openMode, VX_STORAGE_TYPE storage, unsigned char buffered,
+                            unsigned int size) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (fileStream()) return VX_FAIL(VX_RET_ERR_CALL);
+  resetMembers();
+  if (!path) return VX_FAIL(VX_RET_ERR_ARG);
+  if (openMode < VX_FILE_CREATE || openMode > VX_FILE_READWRITE) return VX_FAIL(VX_RET_ERR_ARG);
+  fileName = path;
+  mode = openMode;
+  if (!static_cast<const char*>(fileName)) {
+    resetMembers();
+    return VX_FAIL(VX_RET_ERR_MEM);
+  }
+
+  static const char* const streamModes[] = {"w+", "r", "r+"};
+  char modeText[4];
+  std::snprintf(modeText, sizeof modeText, "%s%s", streamModes[openMode],
+                storage == VX_STORAGE_ASCII ? "t" : storage == VX_STORAGE_BINARY ? "b" : "");
+  char* sysPath = VX_sysPath(path);
+  if (!sysPath) {
+    resetMembers();
+    return VX_FAIL(VX_RET_ERR_MEM);
+  }
+  std::FILE* fp = std::fopen(sysPath, modeText);
+  VX_free(sysPath);
+  if (!fp) {
+    VX_REPORT_ERROR("VX_File open", "Could not open file <%s>\n", path);
+    VX_REPORT_STATUS(VX_RET_ERR_GEN);
+    resetMembers();
+    return VX_RET_ERR_GEN;
+  }
+  share = static_cast<VX_FileStreamShare*>(VX_malloc(sizeof(VX_FileStreamShare)));
+  if (!share) {
+    std::fclose(fp);
+    resetMembers();
+    return VX_FAIL(VX_RET_ERR_MEM);
+  }
+  share->stream = fp;
+  share->users = 1;
+  share->lastIo = VX_FileStreamShare::None;
+  if (buffered) {
+    VX_RET_STATUS st = setBuffer(size);
+    if (st > 2) {
+      resetMembers();
+      return st;
+    }
+  }
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_File::openOrDisable(const char* path, VX_FILE_MODE openMode, VX_STORAGE_TYPE storage,
+                                     unsigned char buffered, unsigned int size) {
+  VX_RET_STATUS st = open(path, openMode, storage, buffered, size);
+  if (st > 2) cleanupDataMembers();
+  return st;
+}
+
+// Only right after opening: a stream takes its buffering before its first transfer.
+VX_RET_STATUS VX_File::setBuffer(unsigned int size) {
+  VX_setUserError(0);
+  std::FILE* fp = fileStream();
+  if (!enabled || !fp) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (size == 0) return std::setvbuf(fp, nullptr, _IONBF, 0) == 0 ? VX_RET_TRUE : VX_FAIL(VX_RET_ERR_GEN);
+  char* block = static_cast<char*>(VX_malloc(size));
+  if (!block) return VX_FAIL(VX_RET_ERR_MEM);
+  if (std::setvbuf(fp, block, _IOFBF, size) != 0) {
+    VX_free(block);
+    return VX_FAIL(VX_RET_ERR_GEN);
+  }
+  VX_free(buffer);
+  buffer = block;
+  bufferSize = size;
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_File::close() {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  resetMembers();
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_File::read(void* data, unsigned int size, unsigned int count) {
+  VX_setUserError(0);
+  if (!hasStream()) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!data) return VX_FAIL(VX_RET_ERR_ARG);
+  if (size == 0 || count == 0) return VX_RET_TRUE;  // nothing to transfer
+  if (std::fread(data, size, count, ioStream(false)) < count) {
+    VX_REPORT_ERROR("read()", "fread() failed.");
+    return VX_RET_ERR_GEN;
+  }
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_File::write(void const* data, unsigned int size, unsigned int count) {
+  VX_setUserError(0);
+  if (!hasStream()) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!data) return VX_FAIL(VX_RET_ERR_ARG);
+  if (size == 0 || count == 0) return VX_RET_TRUE;
+  if (std::fwrite(data, size, count, ioStream(true)) < count) {
+    VX_REPORT_ERROR("write()", "fwrite() failed.");
+    return VX_RET_ERR_GEN;
+  }
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_File::seek(long offset, int whence) {
+  VX_setUserError(0);
+  std::FILE* fp = fileStream();
+  if (!enabled || !fp) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (whence < 0 || whence > 2) return VX_FAIL(VX_RET_ERR_ARG);
+  static const int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+  errno = 0;
+  if (std::fseek(fp, offset, origins[whence]) != 0) {
+    int error = errno;
+    VX_REPORT_ERROR("seek()", "fseek() failed. errno(%d)", error);
+    if (error == EBADF) VX_REPORT_ERROR("seek()", "Bad file pointer");
+    if (error == EINVAL) VX_REPORT_ERROR("seek()", "Invalid argument(s): offset(%ld) whence(%d)", offset, whence);
+    if (error == ESPIPE) VX_REPORT_ERROR("seek()", "Illegal seek on device");
+    return VX_RET_ERR_GEN;
+  }
+  share->lastIo = VX_FileStreamShare::None;
+  return VX_RET_TRUE;
+}
+
+long VX_File::tell() {
+  VX_setUserError(0);
+  if (!hasStream()) {
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return -1;
+  }
+  return std::ftell(fileStream());
+}
+
+VX_RET_STATUS VX_File::flush() {
+  VX_setUserError(0);
+  if (!hasStream()) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (std::fflush(fileStream()) != 0) return VX_RET_FALSE;
+  share->lastIo = VX_FileStreamShare::None;
+  return VX_RET_TRUE;
+}
+
+unsigned char VX_File::eof() {
+  VX_setUserError(0);
+  if (!hasStream()) {
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return 1;
+  }
+  std::FILE* fp = fileStream();
+  if (std::feof(fp)) return 1;
+  long pos = std::ftell(fp);
+  int c = std::fgetc(ioStream(false));
+  if (c != EOF && !std::feof(fp)) {
+    std::ungetc(c, fp);
+    return 0;
+  }
+  // Clears the end and error flags the look-ahead set, then returns to where we were.
+  std::rewind(fp);
+  share->lastIo = VX_FileStreamShare::None;
+  seek(pos, 0);
+  return 1;
+}
+
+long VX_File::length() {
+  VX_setUserError(0);
+  if (!hasStream()) {
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return -1;
+  }
+  long pos = std::ftell(fileStream());
+  if (pos < 0 || seek(0, 2) > 2) return -1;
+  long end = std::ftell(fileStream());
+  if (seek(pos, 0) > 2) return -1;
+  return end;
+}
+
+long VX_File::bytesLeft() {
+  long pos = std::ftell(fileStream());
+  long end = length();
+  return pos < 0 || end < 0 ? -1 : end - pos;
+}
+
+VX_RET_STATUS VX_File::isOpen() {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return fileStream() ? VX_RET_TRUE : VX_RET_FALSE;
+}
+
+VX_RET_STATUS VX_File::getFileName(VX_String& name) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!name.objIsEnabled()) return VX_FAIL(VX_RET_ERR_ARG);
+  name = fileName;
+  return VX_RET_TRUE;
+}
+
+unsigned char VX_File::operator==(const VX_File& other) const {
+  VX_setUserError(0);
+  if (&other == this) return 1;
+  return fileStream() == other.fileStream() &&
+         VX_strcmp(static_cast<const char*>(fileName), static_cast<const char*>(other.fileName)) == 0;
+}
+
+VX_RET_STATUS VX_File::writeObject(VX_Persistable& obj) {
+  char* block = nullptr;
+  unsigned int size = 0;
+  VX_RET_STATUS st = obj.pack(VX_systemVersionWrite, &block, &size, VX_STORAGE_BINARY);
+  if (st <= 2) st = write(block, size, 1);
+  VX_free(block);
+  return st;
+}
+
+// The block is read whole before anything is allocated for it only when the file still holds
+// that many bytes, so a size taken from damaged data cannot ask for more memory than the file
+// has. A zeroed tail after the block keeps a text inside it terminated for unpack.
+VX_RET_STATUS VX_File::readObject(VX_Persistable& obj, unsigned int size, bool sizeGiven) {
+  if (!sizeGiven) size = obj.getPackedSize(VX_systemVersionRead, VX_STORAGE_BINARY);
+  long left = bytesLeft();
+  if (left < 0) return VX_RET_ERR_GEN;  // the failed reposition has been reported
+  if (static_cast<unsigned long>(left) < size) {
+    VX_REPORT_ERROR("read()", "fread() failed.");
+    return VX_RET_ERR_GEN;
+  }
+  char* block = static_cast<char*>(VX_calloc(static_cast<std::size_t>(size) + PackSlack, 1));
+  if (!block) return VX_FAIL(VX_RET_ERR_MEM);
+  VX_RET_STATUS st = read(block, size, 1);
+  if (st <= 2) {
+    unsigned int used = 0;
+    st = obj.unpack(VX_systemVersionRead, block, used, VX_STORAGE_BINARY);
+  }
+  VX_free(block);
+  return st;
+}
+
+// ---------------------------------------------------------------------------------------------
+// VX_FileBinary
+
+VX_FileBinary::VX_FileBinary() { initDataMembers(); }
+
+VX_FileBinary::VX_FileBinary(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
+  initDataMembers();
+  openOrDisable(path, openMode, VX_STORAGE_BINARY, buffered, size);
+}
+
+VX_FileBinary::VX_FileBinary(const VX_FileBinary& other) : VX_File(other) {
+  initDataMembers();
+  if (!other.enabled) enabled = 0;
+}
+
+VX_FileBinary::~VX_FileBinary() { cleanupDataMembers(); }
+
+void VX_FileBinary::initDataMembers() { enabled = 1; }
+void VX_FileBinary::cleanupDataMembers() { enabled = 0; }
+
+VX_FileBinary& VX_FileBinary::operator=(const VX_FileBinary& other) {
+  VX_setUserError(0);
+  if (!enabled || !other.enabled) {
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return *this;
+  }
+  VX_File::operator=(other);
+  return *this;
+}
+
+VX_RET_STATUS VX_FileBinary::open(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return VX_File::open(path, openMode, VX_STORAGE_BINARY, buffered, size);
+}
+
+VX_RET_STATUS VX_FileBinary::close() {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  resetMembers();
+  return VX_RET_FALSE;
+}
+
+VX_RET_STATUS VX_FileBinary::read(void* data, unsigned int size, unsigned int count) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return VX_File::read(data, size, count);
+}
+
+VX_RET_STATUS VX_FileBinary::write(void const* data, unsigned int size, unsigned int count) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return VX_File::write(data, size, count);
+}
+
+VX_RET_STATUS VX_FileBinary::read(VX_Persistable& obj) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return readObject(obj, 0, false);
+}
+
+VX_RET_STATUS VX_FileBinary::read(VX_Persistable& obj, unsigned int size) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return readObject(obj, size, true);
+}
+
+VX_RET_STATUS VX_FileBinary::write(VX_Persistable& obj) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return writeObject(obj);
+}
+
+// Fields are written with the base transfer, never a derived class's record-level write.
+VX_RET_STATUS VX_FileBinary::putBytes(unsigned long long value, unsigned int width, unsigned int& size) {
+  size = 0;
+  if (!usable()) return VX_FAIL(VX_RET_ERR_ARG);
+  char bytes[8];
+  VX_putLE(bytes, value, width);
+  VX_RET_STATUS st = VX_File::write(bytes, width, 1);
+  if (st > 2) return st;
+  size = width;
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileBinary::getBytes(unsigned long long& value, unsigned int width, unsigned int& size) {
+  size = 0;
+  if (!usable() || eof()) return VX_FAIL(VX_RET_ERR_ARG);
+  char bytes[8];
+  VX_RET_STATUS st = VX_File::read(bytes, width, 1);
+  if (st > 2) return st;
+  value = VX_getLE(bytes, width);
+  size = width;
+  return VX_RET_TRUE;
+}
+
+namespace {
+
+// The stored bits of each primitive: integers by value (narrowed to their stored width by
+// the byte writer), floats by their IEEE bit patterns, pointers by their address.
+template <class T>
+unsigned long long storedBits(T value) {
+  return static_cast<unsigned long long>(value);
+}
+template <>
+unsigned long long storedBits<float>(float value) {
+  uint32_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+template <>
+unsigned long long storedBits<double>(double value) {
+  uint64_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+template <>
+unsigned long long storedBits<void*>(void* value) {
+  return reinterpret_cast<uintptr_t>(value);
+}
+
+// The value back from its stored bits; signed types are sign-extended from their width.
+template <class T>
+T fromBits(unsigned long long bits, unsigned width) {
+  if (std::is_signed<T>::value && width < 8 && (bits >> (8 * width - 1)) & 1) bits |= ~0ULL << (8 * width);
+  return static_cast<T>(bits);
+}
+template <>
+float fromBits<float>(unsigned long long bits, unsigned) {
+  uint32_t narrow = static_cast<uint32_t>(bits);
+  float value;
+  std::memcpy(&value, &narrow, sizeof value);
+  return value;
+}
+template <>
+double fromBits<double>(unsigned long long bits, unsigned) {
+  double value;
+  std::memcpy(&value, &bits, sizeof value);
+  return value;
+}
+template <>
+void* fromBits<void*>(unsigned long long bits, unsigned) {
+  return reinterpret_cast<void*>(static_cast<uintptr_t>(bits));
+}
+
+// Stored width: long and pointers take 4 bytes whatever the host's widths.
+template <class T>
+constexpr unsigned storedWidth() {
+  return sizeof(T) > 4 && !std::is_same<T, double>::value ? 4 : sizeof(T);
+}
+
+}  // namespace
+
+#define VX_FILE_PRIMITIVE(T)                                                                \
+  VX_RET_STATUS VX_FileBinary::persistVal(T value, unsigned int& size) {                    \
+    VX_setUserError(0);                                                                      \
+    return putBytes(storedBits<T>(value), storedWidth<T>(), size);                          \
+  }                                                                                          \
+  VX_RET_STATUS VX_FileBinary::restoreVal(T& value, unsigned int& size) {                   \
+    VX_setUserError(0);                                                                      \
+    unsigned long long bits = 0;                                                             \
+    VX_RET_STATUS st = getBytes(bits, storedWidth<T>(), size);                              \
+    if (st <= 2) value = fromBits<T>(bits, storedWidth<T>());                               \
+    return st;                                                                               \
+  }
+
+VX_FILE_PRIMITIVE(char)
+VX_FILE_PRIMITIVE(unsigned char)
+VX_FILE_PRIMITIVE(short)
+VX_FILE_PRIMITIVE(unsigned short)
+VX_FILE_PRIMITIVE(int)
+VX_FILE_PRIMITIVE(unsigned int)
+VX_FILE_PRIMITIVE(long)
+VX_FILE_PRIMITIVE(unsigned long)
+VX_FILE_PRIMITIVE(float)
+VX_FILE_PRIMITIVE(double)
+VX_FILE_PRIMITIVE(void*)
+
+#undef VX_FILE_PRIMITIVE
+
+VX_RET_STATUS VX_FileBinary::persistVal(const char* text, unsigned int& size, unsigned char scramble) {
+  VX_setUserError(0);
+  size = 0;
+  if (!usable()) return VX_FAIL(VX_RET_ERR_ARG);
+  static const char nothing = '\0';
+  if (!text) text = &nothing;
+  std::size_t count = std::strlen(text) + 1;
+  char* scrambled = nullptr;
+  if (scramble) {
+    scrambled = static_cast<char*>(VX_malloc(count));
+    if (!scrambled) return VX_FAIL(VX_RET_ERR_MEM);
+    std::memcpy(scrambled, text, count);
+    invertBytes(scrambled, count - 1);
+  }
+  VX_RET_STATUS st = VX_File::write(scrambled ? scrambled : text, static_cast<unsigned>(count), 1);
+  VX_free(scrambled);
+  if (st > 2) return st;
+  size = static_cast<unsigned>(count);
+  return VX_RET_TRUE;
+}
+
+// Reads up to a zero byte or the end of the file. The work buffer grows with what has been
+// read, so its size stays within twice the bytes the file actually held.
+VX_RET_STATUS VX_FileBinary::restoreVal(char** text, unsigned int& size, unsigned char scramble) {
+  VX_setUserError(0);
+  size = 0;
+  if (!text) return VX_FAIL(VX_RET_ERR_ARG);
+  *text = nullptr;
+  if (!usable() || eof()) return VX_FAIL(VX_RET_ERR_ARG);
+  std::FILE* fp = ioStream(false);
+  std::size_t capacity = TextWorkSize;
+  std::size_t length = 0;
+  char* work = static_cast<char*>(VX_malloc(capacity));
+  if (!work) return VX_FAIL(VX_RET_ERR_MEM);
+  // A text cut by the end of the file is returned as far as it goes.
+  for (;;) {
+    int c = std::fgetc(fp);
+    if (c == EOF || c == 0) break;
+    if (length + 1 == capacity) {  // keep room for the terminator
+      char* grown = static_cast<char*>(VX_realloc(work, capacity * 2));
+      if (!grown) {
+        VX_free(work);
+        return VX_FAIL(VX_RET_ERR_MEM);
+      }
+      work = grown;
+      capacity *= 2;
+    }
+    work[length++] = static_cast<char>(c);
+  }
+  work[length] = '\0';
+  char* result = static_cast<char*>(VX_malloc(length + 1));
+  if (!result) {
+    VX_free(work);
+    return VX_FAIL(VX_RET_ERR_MEM);
+  }
+  std::memcpy(result, work, length + 1);
+  VX_free(work);
+  if (scramble) invertBytes(result, length);
+  *text = result;
+  size = static_cast<unsigned>(length + 1);
+  return VX_RET_TRUE;
+}
+
+// ---------------------------------------------------------------------------------------------
+// VX_FileAscii
+
+VX_FileAscii::VX_FileAscii() { initDataMembers(); }
+
+VX_FileAscii::VX_FileAscii(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
+  initDataMembers();
+  openOrDisable(path, openMode, VX_STORAGE_ASCII, buffered, size);
+}
+
+VX_FileAscii::VX_FileAscii(const VX_FileAscii& other) : VX_File(other) {
+  initDataMembers();
+  if (!other.enabled) enabled = 0;
+}
+
+VX_FileAscii::~VX_FileAscii() { cleanupDataMembers(); }
+
+void VX_FileAscii::initDataMembers() { enabled = 1; }
+void VX_FileAscii::cleanupDataMembers() { enabled = 0; }
+
+VX_FileAscii& VX_FileAscii::operator=(const VX_FileAscii& other) {
+  VX_setUserError(0);
+  if (!enabled || !other.enabled) {
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return *this;
+  }
+  VX_File::operator=(other);
+  return *this;
+}
+
+VX_RET_STATUS VX_FileAscii::open(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return VX_File::open(path, openMode, VX_STORAGE_ASCII, buffered, size);
+}
+
+VX_RET_STATUS VX_FileAscii::close() {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  resetMembers();
+  return VX_RET_FALSE;
+}
+
+VX_RET_STATUS VX_FileAscii::read(void* data, unsigned int size, unsigned int count) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return VX_File::read(data, size, count);
+}
+
+VX_RET_STATUS VX_FileAscii::write(void const* data, unsigned int size, unsigned int count) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return VX_File::write(data, size, count);
+}
+
+VX_RET_STATUS VX_FileAscii::read(VX_Persistable& obj) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return readObject(obj, 0, false);
+}
+
+VX_RET_STATUS VX_FileAscii::read(VX_Persistable& obj, unsigned int size) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return readObject(obj, size, true);
+}
+
+VX_RET_STATUS VX_FileAscii::write(VX_Persistable& obj) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return writeObject(obj);
+}
+
+VX_RET_STATUS VX_FileAscii::print(const char* format, ...) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!format) return VX_FAIL(VX_RET_ERR_ARG);
+  va_list args;
+  va_start(args, format);
+  int written = std::vfprintf(ioStream(true), format, args);
+  va_end(args);
+  return written < 0 ? VX_FAIL(VX_RET_ERR_GEN) : VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileAscii::scan(int& value) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return std::fscanf(ioStream(false), "%d", &value) == 1 ? VX_RET_TRUE : VX_RET_FALSE;
+}
+
+VX_RET_STATUS VX_FileAscii::scan(float& value) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return std::fscanf(ioStream(false), "%f", &value) == 1 ? VX_RET_TRUE : VX_RET_FALSE;
+}
+
+VX_RET_STATUS VX_FileAscii::scan(VX_String& word) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!word.objIsEnabled()) return VX_FAIL(VX_RET_ERR_ARG);
+  if (std::fscanf(ioStream(false), "%1024s", scanWorkBuffer) != 1) return VX_RET_FALSE;
+  word = scanWorkBuffer;
+  if (!static_cast<const char*>(word)) return VX_FAIL(VX_RET_ERR_MEM);
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileAscii::get(int& ch) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  ch = std::fgetc(ioStream(false));
+  return ch == EOF ? VX_RET_FALSE : VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileAscii::put(int ch) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return std::fputc(ch, ioStream(true)) == EOF ? VX_FAIL(VX_RET_ERR_GEN) : VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileAscii::unget(int ch) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  return std::ungetc(ch, ioStream(false)) == EOF ? VX_FAIL(VX_RET_ERR_GEN) : VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileAscii::getline(char* buffer, unsigned int max, const char* delimiters) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
+  std::FILE* fp = ioStream(false);
+  std::size_t delimiterCount = delimiters ? std::strlen(delimiters) : 0;
+  unsigned int stored = 0;
+  bool atEnd = false;
+  while (stored < max) {
+    int c = std::fgetc(fp);
+    if (c == EOF) {
+      atEnd = true;
+      break;
+    }
+    if (delimiterCount && std::memchr(delimiters, c, delimiterCount)) break;
+    buffer[stored++] = static_cast<char>(c);
+  }
+  buffer[stored] = '\0';
+  return atEnd ? VX_RET_FALSE : VX_RET_TRUE;
+}
+
+unsigned int VX_FileAscii::getNumLines() {
+  VX_setUserError(0);
+  if (!usable()) {
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return 0;
+  }
+  std::FILE* fp = ioStream(false);
+  long pos = std::ftell(fp);
+  unsigned int lines = 0;
+  int last = EOF;
+  for (int c; (c = std::fgetc(fp)) != EOF; last = c)
+    if (c == '\n') ++lines;
+  if (last != EOF && last != '\n') ++lines;  // a last line without its newline
+  seek(pos, 0);
+  return lines;
+}
+
+template <class Stop>
+VX_RET_STATUS VX_FileAscii::walkLines(long newlineBytes, unsigned int& line, unsigned int& column, bool& stopped,
+                                      Stop stop) {
+  line = 0;
+  column = 0;
+  stopped = false;
+  VX_RET_STATUS st = seek(0, 0);
+  if (st > 2) return st;
+  std::FILE* fp = ioStream(false);
+  long bytes = 0;
+  for (;;) {
+    if (stop(line, column, bytes)) {
+      stopped = true;
+      return VX_RET_TRUE;
+    }
+    int c = std::fgetc(fp);
+    if (c == EOF) return VX_RET_TRUE;
+    if (c == '\n') {
+      ++line;
+      column = 0;
+      bytes += newlineBytes;
+    } else {
+      ++column;
+      ++bytes;
+    }
+  }
+}
+
+VX_RET_STATUS VX_FileAscii::getLinePos(long offset, unsigned int& line, unsigned int& column) {
+  VX_setUserError(0);
+  line = 0;
+  column = 0;
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  long pos = std::ftell(fileStream());
+  bool stopped = false;
+  VX_RET_STATUS st = walkLines(2, line, column, stopped, [offset](unsigned, unsigned, long bytes) {
+    return bytes >= offset;
+  });
+  if (st <= 2) st = seek(pos, 0);
+  if (st > 2) line = column = 0;
+  return st;
+}
+
+VX_RET_STATUS VX_FileAscii::gotoLinePos(unsigned int line, unsigned int column) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  long pos = std::ftell(fileStream());
+  unsigned int atLine = 0;
+  unsigned int atColumn = 0;
+  bool stopped = false;
+  VX_RET_STATUS st = walkLines(2, atLine, atColumn, stopped, [line, column](unsigned l, unsigned c, long) {
+    return l == line && c == column;
+  });
+  if (st > 2) return st;
+  if (stopped) return VX_RET_TRUE;
+  st = seek(pos, 0);
+  return st > 2 ? st : VX_RET_FALSE;
+}
+
+// Reads ahead in chunks, keeping the last length-1 bytes of each so that a match across a
+// chunk boundary is still seen; every byte of the file is read once.
+VX_RET_STATUS VX_FileAscii::findText(const char* text, long& offset) {
+  std::FILE* fp = fileStream();
+  long start = std::ftell(fp);
+  if (start < 0) return VX_FAIL(VX_RET_ERR_GEN);
+  std::size_t textLength = std::strlen(text);
+  std::size_t capacity = textLength - 1 + SearchChunk;
+  char* window = static_cast<char*>(VX_malloc(capacity));
+  if (!window) return VX_FAIL(VX_RET_ERR_MEM);
+  std::FILE* in = ioStream(false);
+  long windowStart = start;
+  std::size_t filled = 0;
+  offset = -1;
+  for (;;) {
+    std::size_t got = std::fread(window + filled, 1, capacity - filled, in);
+    filled += got;
+    if (filled >= textLength) {
+      void* hit = memmem(window, filled, text, textLength);
+      if (hit) {
+        offset = windowStart + static_cast<long>(static_cast<char*>(hit) - window);
+        break;
+      }
+    }
+    if (got == 0) break;
+    std::size_t keep = filled < textLength - 1 ? filled : textLength - 1;
+    std::memmove(window, window + filled - keep, keep);
+    windowStart += static_cast<long>(filled - keep);
+    filled = keep;
+  }
+  VX_free(window);
+  return seek(offset >= 0 ? offset : start, 0);
+}
+
+VX_RET_STATUS VX_FileAscii::searchText(const char* text, long& offset) {
+  VX_setUserError(0);
+  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!text) return VX_FAIL(VX_RET_ERR_ARG);
+  if (!*text) return VX_RET_FALSE;
+  long found = -1;
+  VX_RET_STATUS st = findText(text, found);
+  if (st > 2) return st;
+  if (found < 0) {
+    // The search ends on a read that came up short, and answers as that read does.
+    VX_REPORT_ERROR("read()", "fread() failed.");
+    return VX_RET_ERR_GEN;
+  }
+  offset = found;
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileAscii::searchText(const char* text, unsigned int& line, unsigned int& column) {
+  VX_setUserError(0);
+  long offset = -1;
+  VX_RET_STATUS st = searchText(text, offset);
+  if (st != VX_RET_TRUE) return st;
+  // Line and column of the match itself: here a line end is the one byte the stream holds.
+  bool stopped = false;
+  st = walkLines(1, line, column, stopped, [offset](unsigned, unsigned, long bytes) { return bytes >= offset; });
+  if (st <= 2) st = seek(offset, 0);
+  return st > 2 ? st : VX_RET_TRUE;
+}
