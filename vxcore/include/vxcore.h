@@ -2,6 +2,8 @@
 #ifndef VXCORE_H
 #define VXCORE_H
 
+#include "vx_array.h"
+#include "vx_container.h"
 #include "vx_export.h"
 #include "vx_file.h"
 #include "vx_globals.h"

@@ -1,0 +1,166 @@
+// The interface every container of the library shares: element count and membership
+// (VX_Container), index addressing and the bulk operations built on it (VX_OrdContainer),
+// the built-in cursor with its re-entrancy lock (VX_I_Iterator), and their union
+// (VX_IndContainer). The virtual slot order of these classes is the library's binary
+// interface: new virtual functions are never added here, and none are reordered.
+#ifndef VX_CONTAINER_H
+#define VX_CONTAINER_H
+
+#include <new>
+#include <utility>
+
+#include "vx_globals.h"
+#include "vx_mem.h"
+#include "vx_vorlaxe.h"
+
+// On which side of `index` new elements go. Any value other than VX_INS_BEFORE acts as
+// VX_INS_AFTER.
+enum VX_INS_METHOD : int { VX_INS_BEFORE = 0, VX_INS_AFTER = 1 };
+
+// One heap object built in VX_malloc'ed memory, so that single objects obey the same
+// allocation switch as everything else; null when the memory cannot be had. Release with
+// VX_deleteObject (runs the, possibly virtual, destructor, then frees).
+template <class T, class... Args>
+inline T* VX_newObject(Args&&... args) {
+  void* mem = VX_malloc(sizeof(T));
+  return mem ? new (mem) T(std::forward<Args>(args)...) : nullptr;
+}
+template <class T>
+inline void VX_deleteObject(T* obj) {
+  if (!obj) return;
+  obj->~T();
+  VX_free(obj);
+}
+
+// VX_IteratorElem: the cursor. `elem` null means "no current element". `node` is the list
+// node holding the element for the linked list and the block holding it for the chunked
+// array; the array leaves it null.
+template <class T>
+struct VX_IteratorElem {
+  unsigned int index;
+  T* elem;
+  void* node;
+
+  VX_IteratorElem() : index(0), elem(nullptr), node(nullptr) {}
+  void set(unsigned int i, T* e) {
+    index = i;
+    elem = e;
+  }
+};
+
+// VX_Container: holds the element count; membership is left to the concrete container.
+// Owns nothing.
+template <class T>
+class VX_API VX_Container : public VX_VorlaxeClass {
+ public:
+  VX_Container() : nElems(0) {}
+  ~VX_Container() override {}
+
+  unsigned int numElems() const { return nElems; }
+
+  virtual unsigned char hasElem(const T& elem) = 0;
+  virtual VX_RET_STATUS addElem(const T& elem) = 0;
+  virtual VX_RET_STATUS delElem(const T& elem) = 0;
+  virtual VX_RET_STATUS delAll() = 0;
+
+ protected:
+  unsigned int nElems;  // the count read by numElems()
+};
+
+// VX_OrdContainer: index-addressed access. The bulk operations here are written once on top
+// of the concrete container's primitives; they return a primitive's failure unchanged.
+template <class T>
+class VX_API VX_OrdContainer : public VX_Container<T> {
+ public:
+  // Makes room with insElems and stores `elem` at `index`, also under VX_INS_AFTER (where
+  // the new slot is index+1): the element at `index` is overwritten and the new slot keeps
+  // its default value, unless `index` is at or past the end. Callers rely on this.
+  virtual VX_RET_STATUS insElem(VX_INS_METHOD method, unsigned int index, const T& elem);
+  // Appends the elements of `src` (those not yet held, when duplicates are not allowed; the
+  // test is repeated while writing, so a value repeated in `src` is written once and its
+  // second slot keeps the default value). `src` being this container: VX_RET_FALSE.
+  virtual VX_RET_STATUS addElems(VX_OrdContainer<T>& src, unsigned char allowDuplicates);
+  // delElem for every element of `src`, in index order; absent ones are skipped.
+  virtual VX_RET_STATUS removeElems(VX_OrdContainer<T>& src);
+  // First position holding `elem`; VX_RET_FALSE with `index == numElems()` when absent.
+  virtual VX_RET_STATUS findElemIndex(const T& elem, unsigned int& index);
+  virtual T& operator[](unsigned int index) = 0;
+  virtual VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) = 0;
+  virtual VX_RET_STATUS delElems(unsigned int index, unsigned int count) = 0;
+  virtual VX_RET_STATUS appendElem(const T& elem) = 0;
+  virtual VX_RET_STATUS preappendElem(const T& elem) = 0;
+};
+
+// VX_I_Iterator: the cursor and the one-byte re-entrancy lock. The lock is no mutex: it only
+// turns a walk started from inside another walk over the same container into
+// VX_RET_ERR_ILOCK. Copy assignment copies the flags and the cursor as they are.
+template <class T>
+class VX_API VX_I_Iterator : public VX_VorlaxeClass {
+ public:
+  VX_I_Iterator() { initDataMembers(); }
+  ~VX_I_Iterator() override { cleanupDataMembers(); }
+  VX_I_Iterator& operator=(const VX_I_Iterator& other);
+
+  virtual T& operator[](unsigned int index) = 0;
+  virtual unsigned char curIsNull() = 0;
+  virtual unsigned char curAtFirst() = 0;
+  virtual unsigned char curAtLast() = 0;
+  virtual VX_RET_STATUS setCurFirst() = 0;
+  virtual VX_RET_STATUS setCurLast() = 0;
+  virtual VX_RET_STATUS setCurPrev() = 0;
+  virtual VX_RET_STATUS setCurNext() = 0;
+  virtual VX_RET_STATUS getCurIndex(unsigned int& index) = 0;
+  virtual VX_RET_STATUS setCurIndex(unsigned int index) = 0;
+  virtual VX_RET_STATUS getCurElem(T** elem) = 0;
+  // A search, not an assignment: puts the cursor on the first element equal to `elem`.
+  virtual VX_RET_STATUS setCurElem(const T& elem) = 0;
+
+  // Takes the lock; a held lock is reported (VX_RET_ERR_ILOCK) and left as it is.
+  VX_RET_STATUS lock();
+  // VX_RET_FALSE when the lock was free.
+  VX_RET_STATUS unlock();
+  unsigned char isLocked() const { return locked; }
+
+ protected:
+  unsigned char iterEnabled;
+  unsigned char locked;
+  VX_IteratorElem<T> cur;
+
+  void clearCur() { cur = VX_IteratorElem<T>(); }
+
+ private:
+  VX_RET_STATUS initDataMembers();
+  VX_RET_STATUS cleanupDataMembers();
+};
+
+// VX_IndContainer: an ordered container with a cursor. Implements membership through the
+// cursor and index primitives, and holds the index-based cursor mechanics that the array
+// and the chunked array share (each passes its own report file and lines).
+template <class T>
+class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T> {
+ public:
+  unsigned char hasElem(const T& elem) override;
+  // Appends: no duplicate check.
+  VX_RET_STATUS addElem(const T& elem) override;
+  // Removes the first equal element; VX_RET_FALSE when there is none.
+  VX_RET_STATUS delElem(const T& elem) override;
+  T& operator[](unsigned int index) override = 0;
+  virtual unsigned char objIsEnabled() const = 0;
+  // Inserts at the cursor's index (position 0 for a null cursor).
+  virtual VX_RET_STATUS insertElemAtCur(VX_INS_METHOD method, const T& elem);
+  virtual VX_RET_STATUS delCurElem(unsigned char advance) = 0;
+
+ protected:
+  // The cursor search of setCurElem, under the lock.
+  VX_RET_STATUS cursorSearch(const T& elem, const char* file, unsigned line);
+  // curAtFirst (last false) / curAtLast (last true) for an index cursor; 6 when not enabled.
+  unsigned char cursorAtEnd(bool last, const char* file, unsigned line);
+  // setCurFirst / setCurLast through setCurIndex; its failure is reported again at lineAgain.
+  VX_RET_STATUS cursorToEnd(bool last, const char* file, unsigned line, unsigned lineAgain);
+  VX_RET_STATUS cursorIndex(unsigned int& index, const char* file, unsigned line);
+  VX_RET_STATUS cursorElem(T** elem, const char* file, unsigned lineArg, unsigned line);
+};
+
+#include "vx_iterator_impl.h"
+
+#endif

@@ -1,0 +1,220 @@
+// Bodies of the container interface: the generic bulk and membership operations and the
+// cursor lock. Included by vx_container.h.
+#ifndef VX_ITERATOR_IMPL_H
+#define VX_ITERATOR_IMPL_H
+
+#include "vx_container.h"
+
+#define VX_ITERATOR_IMPL_FILE "vxcore/include/vx_iterator_impl"
+
+// ---- VX_OrdContainer -------------------------------------------------------------------
+
+template <class T>
+VX_RET_STATUS VX_OrdContainer<T>::insElem(VX_INS_METHOD method, unsigned int index, const T& elem) {
+  VX_setUserError(0);
+  // `elem` may be an element of this very container, which the insertion can move.
+  T value{};
+  value = elem;
+  VX_RET_STATUS st = insElems(method, index, 1);
+  if (st > 2) return st;
+  (*this)[index] = value;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_OrdContainer<T>::addElems(VX_OrdContainer<T>& src, unsigned char allowDuplicates) {
+  VX_setUserError(0);
+  if (&src == this) return VX_RET_FALSE;
+  unsigned int srcCount = src.numElems();
+  unsigned int count = 0;
+  for (unsigned int i = 0; i < srcCount; ++i)
+    if (allowDuplicates || !this->hasElem(src[i])) ++count;
+  unsigned int slot = this->numElems();
+  VX_RET_STATUS st = insElems(VX_INS_AFTER, slot, count);
+  if (st > 2) return st;
+  unsigned int end = slot + count;
+  if (end > this->numElems()) end = this->numElems();  // a container that grew less
+  for (unsigned int i = 0; i < srcCount && slot < end; ++i) {
+    if (!allowDuplicates && this->hasElem(src[i])) continue;
+    (*this)[slot++] = src[i];
+  }
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_OrdContainer<T>::removeElems(VX_OrdContainer<T>& src) {
+  VX_setUserError(0);
+  if (&src == this) return VX_RET_FALSE;
+  for (unsigned int i = 0; i < src.numElems(); ++i) {
+    VX_RET_STATUS st = this->delElem(src[i]);
+    if (st > 2) return st;
+  }
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_OrdContainer<T>::findElemIndex(const T& elem, unsigned int& index) {
+  VX_setUserError(0);
+  unsigned int n = this->numElems();
+  index = n;
+  for (unsigned int i = 0; i < n; ++i) {
+    if ((*this)[i] == elem) {
+      index = i;
+      return VX_RET_TRUE;
+    }
+  }
+  return VX_RET_FALSE;
+}
+
+// ---- VX_I_Iterator ---------------------------------------------------------------------
+
+template <class T>
+VX_RET_STATUS VX_I_Iterator<T>::initDataMembers() {
+  iterEnabled = 1;
+  locked = 0;
+  clearCur();
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_I_Iterator<T>::cleanupDataMembers() {
+  iterEnabled = 0;
+  locked = 0;
+  clearCur();
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_I_Iterator<T>& VX_I_Iterator<T>::operator=(const VX_I_Iterator& other) {
+  VX_setUserError(0);
+  iterEnabled = other.iterEnabled;
+  locked = other.locked;
+  cur = other.cur;
+  return *this;
+}
+
+template <class T>
+VX_RET_STATUS VX_I_Iterator<T>::lock() {
+  VX_setUserError(0);
+  if (locked) return VX_reportFail(VX_RET_ERR_ILOCK, VX_ITERATOR_IMPL_FILE, 91);
+  locked = 1;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_I_Iterator<T>::unlock() {
+  VX_setUserError(0);
+  if (!locked) return VX_RET_FALSE;
+  locked = 0;
+  return VX_RET_TRUE;
+}
+
+// ---- VX_IndContainer -------------------------------------------------------------------
+
+template <class T>
+unsigned char VX_IndContainer<T>::hasElem(const T& elem) {
+  VX_setUserError(0);
+  if (!objIsEnabled()) {
+    VX_reportStatus(VX_RET_ERR_OBJ, VX_ITERATOR_IMPL_FILE, 155);
+    return 0;
+  }
+  unsigned int n = this->numElems();
+  for (unsigned int i = 0; i < n; ++i)
+    if ((*this)[i] == elem) return 1;
+  return 0;
+}
+
+template <class T>
+VX_RET_STATUS VX_IndContainer<T>::addElem(const T& elem) {
+  VX_setUserError(0);
+  if (!objIsEnabled()) return VX_reportFail(VX_RET_ERR_OBJ, VX_ITERATOR_IMPL_FILE, 177);
+  VX_RET_STATUS st = this->appendElem(elem);
+  return st > 2 ? st : VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_IndContainer<T>::delElem(const T& elem) {
+  VX_setUserError(0);
+  if (!objIsEnabled()) return VX_reportFail(VX_RET_ERR_OBJ, VX_ITERATOR_IMPL_FILE, 194);
+  VX_RET_STATUS st = this->setCurElem(elem);
+  if (st != VX_RET_TRUE) return st;  // an error, or VX_RET_FALSE for "not held"
+  st = delCurElem(0);
+  return st > 2 ? st : VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_IndContainer<T>::insertElemAtCur(VX_INS_METHOD method, const T& elem) {
+  VX_setUserError(0);
+  unsigned int index = 0;
+  VX_RET_STATUS st = this->getCurIndex(index);  // a null cursor gives 0: insert at the front
+  if (st > 2) return st;
+  st = this->insElem(method, index, elem);
+  return st > 2 ? st : VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_IndContainer<T>::cursorSearch(const T& elem, const char* file, unsigned line) {
+  if (!objIsEnabled()) return VX_reportFail(VX_RET_ERR_OBJ, file, line);
+  this->lock();  // a held lock has been reported; the search goes on regardless
+  VX_RET_STATUS result = VX_RET_FALSE;
+  this->setCurFirst();
+  while (!this->curIsNull()) {
+    T* p = nullptr;
+    VX_RET_STATUS st = this->getCurElem(&p);
+    if (st > 2 || !p) {
+      this->clearCur();
+      result = st > 2 ? st : VX_RET_FALSE;
+      break;
+    }
+    if (*p == elem) {
+      result = VX_RET_TRUE;
+      break;
+    }
+    this->setCurNext();
+  }
+  if (result == VX_RET_FALSE) this->clearCur();
+  this->unlock();
+  return result;
+}
+
+template <class T>
+unsigned char VX_IndContainer<T>::cursorAtEnd(bool last, const char* file, unsigned line) {
+  if (!objIsEnabled()) {
+    VX_reportStatus(VX_RET_ERR_OBJ, file, line);
+    return 6;
+  }
+  if (!this->cur.elem || this->numElems() == 0) return 0;
+  return last ? this->cur.index + 1 == this->numElems() : this->cur.index == 0;
+}
+
+template <class T>
+VX_RET_STATUS VX_IndContainer<T>::cursorToEnd(bool last, const char* file, unsigned line,
+                                              unsigned lineAgain) {
+  if (!objIsEnabled()) return VX_reportFail(VX_RET_ERR_OBJ, file, line);
+  unsigned int n = this->numElems();
+  VX_RET_STATUS st = this->setCurIndex(last && n ? n - 1 : 0);
+  if (st > 2) VX_reportStatus(st, file, lineAgain);
+  return st;
+}
+
+template <class T>
+VX_RET_STATUS VX_IndContainer<T>::cursorIndex(unsigned int& index, const char* file, unsigned line) {
+  index = 0;
+  if (!objIsEnabled()) return VX_reportFail(VX_RET_ERR_OBJ, file, line);
+  if (!this->cur.elem) return VX_RET_FALSE;
+  index = this->cur.index;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_IndContainer<T>::cursorElem(T** elem, const char* file, unsigned lineArg,
+                                             unsigned line) {
+  if (!elem) return VX_reportFail(VX_RET_ERR_ARG, file, lineArg);
+  *elem = nullptr;
+  if (!objIsEnabled()) return VX_reportFail(VX_RET_ERR_OBJ, file, line);
+  if (!this->cur.elem) return VX_RET_FALSE;
+  *elem = this->cur.elem;
+  return VX_RET_TRUE;
+}
+
+#endif
