@@ -15,6 +15,7 @@
 #include <ctime>
 #include <initializer_list>
 
+#include "vx_platform.h"
 #include "vx_report.h"
 
 namespace {
@@ -61,22 +62,31 @@ VX_RET_STATUS concat(VX_String& out, std::initializer_list<const char*> texts) {
   return VX_RET_TRUE;
 }
 
-// The form the system takes a path in. Stand-in until the platform layer is merged.
-VX_RET_STATUS VX_platformPath(const char* path, VX_String& out) {
-  VX_RET_STATUS st = storeText(out, path);
-  if (st > 2) return st;
-  for (char* p = out; *p; ++p)
-    if (*p == '\\') *p = '/';
-  return VX_RET_TRUE;
-}
+// A path in the form the system takes, held for the life of the object.
+class SysPath {
+ public:
+  SysPath() : text(nullptr) {}
+  ~SysPath() { VX_free(text); }
+  SysPath(const SysPath&) = delete;
+  SysPath& operator=(const SysPath&) = delete;
+  VX_RET_STATUS convert(const char* path) {
+    VX_free(text);
+    text = VX_sysPath(path);
+    return text ? VX_RET_TRUE : VX_FAIL(VX_RET_ERR_MEM);
+  }
+  operator const char*() const { return text; }
+
+ private:
+  char* text;
+};
 
 // File status through the platform's path form: VX_RET_TRUE with `st` filled when the path
 // exists, VX_RET_FALSE when it does not, VX_RET_ERR_MEM (reported) when the path could not be
 // converted. Predicates read a failure as "no"; searches pass it up.
 VX_RET_STATUS statPath(const char* path, struct stat& st) {
   if (isEmpty(path)) return VX_RET_FALSE;
-  VX_String sys;
-  VX_RET_STATUS status = VX_platformPath(path, sys);
+  SysPath sys;
+  VX_RET_STATUS status = sys.convert(path);
   if (status > 2) return status;
   return ::stat(static_cast<const char*>(sys), &st) == 0 ? VX_RET_TRUE : VX_RET_FALSE;
 }
@@ -329,8 +339,8 @@ unsigned char VX_fileIsValidWriteTarget(const char* path) {
   VX_RET_STATUS found = statPath(path, st);
   if (found == VX_RET_TRUE) return (st.st_mode & S_IWUSR) != 0;
   if (found > 2) return 0;
-  VX_String sys;
-  if (VX_platformPath(path, sys) > 2) return 0;
+  SysPath sys;
+  if (sys.convert(path) > 2) return 0;
   std::FILE* probe = std::fopen(static_cast<const char*>(sys), "w");
   if (!probe) return 0;
   std::fclose(probe);
@@ -372,9 +382,9 @@ VX_RET_STATUS VX_filePathStripTrailingSlashes(VX_String& out, const char* path) 
 VX_RET_STATUS VX_fileRename(const char* oldPath, const char* newPath) {
   VX_setUserError(0);
   if (isEmpty(oldPath) || isEmpty(newPath)) return VX_FAIL(VX_RET_ERR_ARG);
-  VX_String sysOld, sysNew;
-  VX_RET_STATUS st = VX_platformPath(oldPath, sysOld);
-  if (st <= 2) st = VX_platformPath(newPath, sysNew);
+  SysPath sysOld, sysNew;
+  VX_RET_STATUS st = sysOld.convert(oldPath);
+  if (st <= 2) st = sysNew.convert(newPath);
   if (st > 2) return st;
   if (std::rename(sysOld, sysNew) != 0) return VX_FAIL(VX_RET_ERR_GEN);
   return VX_RET_TRUE;
@@ -383,8 +393,8 @@ VX_RET_STATUS VX_fileRename(const char* oldPath, const char* newPath) {
 VX_RET_STATUS VX_fileDelete(const char* path) {
   VX_setUserError(0);
   if (isEmpty(path)) return VX_FAIL(VX_RET_ERR_ARG);
-  VX_String sys;
-  VX_RET_STATUS st = VX_platformPath(path, sys);
+  SysPath sys;
+  VX_RET_STATUS st = sys.convert(path);
   if (st > 2) return st;
   return std::remove(sys) == 0 ? VX_RET_TRUE : VX_RET_FALSE;
 }
@@ -392,13 +402,14 @@ VX_RET_STATUS VX_fileDelete(const char* path) {
 VX_RET_STATUS VX_fileMove(const char* from, const char* to) {
   VX_setUserError(0);
   if (isEmpty(from) || isEmpty(to)) return VX_FAIL(VX_RET_ERR_ARG);
-  VX_String aside, sysFrom, sysTo, sysAside;
+  VX_String aside;
+  SysPath sysFrom, sysTo, sysAside;
   VX_RET_STATUS st = VX_fileCreateTempFileName("move_temp", aside);
   // Everything that can run out of memory happens before the first rename, so a move either
   // does not start or runs all three steps.
-  if (st <= 2) st = VX_platformPath(from, sysFrom);
-  if (st <= 2) st = VX_platformPath(to, sysTo);
-  if (st <= 2) st = VX_platformPath(aside, sysAside);
+  if (st <= 2) st = sysFrom.convert(from);
+  if (st <= 2) st = sysTo.convert(to);
+  if (st <= 2) st = sysAside.convert(aside);
   if (st > 2) return st;
   std::rename(sysTo, sysAside);  // there may be no old `to`: nothing is moved aside then
   VX_RET_STATUS renamed = std::rename(sysFrom, sysTo) == 0 ? VX_RET_TRUE : VX_FAIL(VX_RET_ERR_GEN);
