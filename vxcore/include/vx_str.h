@@ -5,6 +5,7 @@
 #include "vx_iostream.h"
 #include "vx_mem.h"
 #include "vx_persist.h"
+#include "vx_strfunc.h"
 
 // VX_String: an owned NUL-terminated byte string held in its VX_Memory block. It has two
 // distinct empty states that every operation keeps apart: the null string (no block at all)
@@ -77,9 +78,5 @@ VX_API unsigned char operator!=(const char* text, const VX_String& str);
 // Writes the characters; a disabled string, one whose memory error flag is set and the null
 // string write nothing.
 VX_API VX_OStream& operator<<(VX_OStream& stream, const VX_String& str);
-
-// Null-aware three-way comparison by unsigned byte values: -1, 0 or 1. Both null: 0; a null
-// text sorts before any other.
-VX_EXTERN_C VX_API int VX_strcmp(const char* a, const char* b);
 
 #endif

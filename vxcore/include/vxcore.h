@@ -3,6 +3,7 @@
 #define VXCORE_H
 
 #include "vx_array.h"
+#include "vx_base.h"
 #include "vx_container.h"
 #include "vx_export.h"
 #include "vx_file.h"
@@ -13,6 +14,8 @@
 #include "vx_persist.h"
 #include "vx_reporter.h"
 #include "vx_str.h"
+#include "vx_strarr.h"
+#include "vx_strfunc.h"
 #include "vx_version.h"
 #include "vx_vorlaxe.h"
 

@@ -8,14 +8,6 @@
 #include "vx_file.h"
 #include "vx_report.h"
 
-int VX_strcmp(const char* a, const char* b) {
-  VX_setUserError(0);
-  if (!a) return b ? -1 : 0;
-  if (!b) return 1;
-  int r = std::strcmp(a, b);  // strcmp compares as unsigned char
-  return (r > 0) - (r < 0);
-}
-
 VX_String::VX_String(const char* text) : VX_Memory(0) {
   VX_setUserError(0);
   initDataMembers(text);
