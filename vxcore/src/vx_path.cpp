@@ -15,8 +15,10 @@
 #include <ctime>
 #include <initializer_list>
 
+#include "vx_array.h"
 #include "vx_platform.h"
 #include "vx_report.h"
+#include "vx_strfunc.h"
 
 namespace {
 
@@ -266,20 +268,15 @@ VX_RET_STATUS VX_fileFindAbsolutePathFromEnv(const char* name, VX_String& out) {
 
   const char* search = std::getenv("PATH");
   if (!search) return VX_RET_FALSE;
-  // Entries are separated by ";" or ":"; empty entries are skipped.
-  for (const char* p = search; *p;) {
-    std::size_t n = std::strcspn(p, ";:");
-    if (n) {
-      VX_String entry;
-      st = storeRange(entry, p, n);
-      if (st > 2) return st;
-      st = joinPath(candidate, entry, name);
-      if (st > 2) return st;
-      st = pathExists(candidate);
-      if (st != VX_RET_FALSE) return st == VX_RET_TRUE ? storeText(out, candidate) : st;
-    }
-    p += n;
-    if (*p) ++p;
+  // Entries are separated by ";" or ":"; the splitter drops empty ones.
+  VX_Array<VX_String> entries;
+  st = VX_splitString(search, ";:", entries);
+  if (st > 2) return st;
+  for (unsigned i = 0; i < entries.numElems(); ++i) {
+    st = joinPath(candidate, entries[i], name);
+    if (st > 2) return st;
+    st = pathExists(candidate);
+    if (st != VX_RET_FALSE) return st == VX_RET_TRUE ? storeText(out, candidate) : st;
   }
   return VX_RET_FALSE;
 }
