@@ -7,6 +7,7 @@
 #include "vx_container.h"
 #include "vx_export.h"
 #include "vx_file.h"
+#include "vx_filerec.h"
 #include "vx_globals.h"
 #include "vx_iostream.h"
 #include "vx_mem.h"
