@@ -7,12 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
+#include <chrono>
 #include <initializer_list>
 
 #include "vx_array.h"
@@ -24,6 +23,8 @@ namespace {
 
 bool isSep(char c) { return c == '\\' || c == '/'; }
 bool isEmpty(const char* s) { return !s || !*s; }
+// Drive letters are the 26 ASCII letters in either case, whatever the locale.
+bool isDriveLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
 // Makes `out` the null string, the state every text result starts from.
 VX_RET_STATUS resetOut(VX_String& out) {
@@ -32,15 +33,20 @@ VX_RET_STATUS resetOut(VX_String& out) {
   return VX_RET_TRUE;
 }
 
-// Stores the `length` characters at `text` in `out` (the empty text for 0).
-VX_RET_STATUS storeRange(VX_String& out, const char* text, std::size_t length) {
-  char* block = static_cast<char*>(VX_malloc(length + 1));
+// Hands `block` (from VX_malloc, `length` characters and a terminator) over to `out`.
+VX_RET_STATUS adopt(VX_String& out, char* block, std::size_t length) {
   if (!block) return VX_FAIL(VX_RET_ERR_MEM);
-  if (length) std::memcpy(block, text, length);
   block[length] = '\0';
   out.memFree();
   out.memSet(block, static_cast<unsigned>(length + 1));
   return VX_RET_TRUE;
+}
+
+// Stores the `length` characters at `text` in `out` (the empty text for 0).
+VX_RET_STATUS storeRange(VX_String& out, const char* text, std::size_t length) {
+  char* block = static_cast<char*>(VX_malloc(length + 1));
+  if (block && length) std::memcpy(block, text, length);
+  return adopt(out, block, length);
 }
 
 VX_RET_STATUS storeText(VX_String& out, const char* text) { return storeRange(out, text, std::strlen(text)); }
@@ -51,17 +57,13 @@ VX_RET_STATUS concat(VX_String& out, std::initializer_list<const char*> texts) {
   std::size_t length = 0;
   for (const char* t : texts) length += t ? std::strlen(t) : 0;
   char* block = static_cast<char*>(VX_malloc(length + 1));
-  if (!block) return VX_FAIL(VX_RET_ERR_MEM);
-  char* p = block;
+  std::size_t at = 0;
   for (const char* t : texts) {
     std::size_t n = t ? std::strlen(t) : 0;
-    if (n) std::memcpy(p, t, n);
-    p += n;
+    if (block && n) std::memcpy(block + at, t, n);
+    at += n;
   }
-  *p = '\0';
-  out.memFree();
-  out.memSet(block, static_cast<unsigned>(length + 1));
-  return VX_RET_TRUE;
+  return adopt(out, block, length);
 }
 
 // A path in the form the system takes, held for the life of the object.
@@ -117,16 +119,15 @@ VX_RET_STATUS installAssignment(const char* assignment) {
   return VX_RET_TRUE;
 }
 
-// A few random characters for a temporary name: from the kernel, else from the clock.
+// A few random characters for a temporary name: from the kernel, else mixed from the clock,
+// the process and a counter.
 void randomSuffix(char* out, std::size_t count) {
   static const char digits[] = "abcdefghijklmnopqrstuvwxyz0123456789";
   static unsigned long long counter = 0;
   unsigned char bytes[16];
   if (count > sizeof bytes) count = sizeof bytes;
   if (::getrandom(bytes, count, GRND_NONBLOCK) != static_cast<ssize_t>(count)) {
-    timespec ts{};
-    ::clock_gettime(CLOCK_REALTIME, &ts);
-    unsigned long long x = static_cast<unsigned long long>(ts.tv_nsec) ^
+    unsigned long long x = static_cast<unsigned long long>(std::chrono::steady_clock::now().time_since_epoch().count()) ^
                            (static_cast<unsigned long long>(::getpid()) << 32) ^ (++counter * 0x9E3779B97F4A7C15ull);
     for (std::size_t i = 0; i < count; ++i) {
       x ^= x >> 33;
@@ -138,31 +139,23 @@ void randomSuffix(char* out, std::size_t count) {
   out[count] = '\0';
 }
 
-// dir + prefix + random suffix, retried until the name is free. VX_RET_FALSE when every try
-// was taken.
+// out = dir + prefix + random suffix, retried until the name is free. VX_RET_FALSE (out null)
+// when every try was taken.
 enum : int { TEMP_SUFFIX_LENGTH = 8, TEMP_NAME_TRIES = 100 };
 VX_RET_STATUS uniqueName(const char* dir, const char* prefix, VX_String& out) {
-  std::size_t dirLen = std::strlen(dir), prefixLen = std::strlen(prefix);
-  bool addSep = dirLen && !isSep(dir[dirLen - 1]);
-  std::size_t size = dirLen + addSep + prefixLen + TEMP_SUFFIX_LENGTH + 1;
+  bool addSep = *dir && !isSep(dir[std::strlen(dir) - 1]);
+  char suffix[TEMP_SUFFIX_LENGTH + 1];
   for (int attempt = 0; attempt < TEMP_NAME_TRIES; ++attempt) {
-    char* name = static_cast<char*>(VX_malloc(size));
-    if (!name) return VX_FAIL(VX_RET_ERR_MEM);
-    char* p = name;
-    std::memcpy(p, dir, dirLen);
-    p += dirLen;
-    if (addSep) *p++ = '\\';
-    std::memcpy(p, prefix, prefixLen);
-    randomSuffix(p + prefixLen, TEMP_SUFFIX_LENGTH);
-    VX_RET_STATUS taken = pathExists(name);
-    if (taken == VX_RET_FALSE) {
-      out.memFree();
-      out.memSet(name, static_cast<unsigned>(size));
-      return VX_RET_TRUE;
+    randomSuffix(suffix, TEMP_SUFFIX_LENGTH);
+    VX_RET_STATUS st = concat(out, {dir, addSep ? "\\" : "", prefix, suffix});
+    if (st <= 2) st = pathExists(out);
+    if (st == VX_RET_FALSE) return VX_RET_TRUE;
+    if (st > 2) {
+      resetOut(out);
+      return st;
     }
-    VX_free(name);
-    if (taken > 2) return taken;
   }
+  resetOut(out);
   return VX_RET_FALSE;
 }
 
@@ -235,8 +228,7 @@ unsigned char VX_filePathIsAbsolute(const char* path) {
   VX_setUserError(0);
   if (isEmpty(path)) return 0;
   if (isSep(path[0])) return 1;
-  return std::strlen(path) >= 3 && std::isalpha(static_cast<unsigned char>(path[0])) && path[1] == ':' &&
-         isSep(path[2]);
+  return std::strlen(path) >= 3 && isDriveLetter(path[0]) && path[1] == ':' && isSep(path[2]);
 }
 
 VX_RET_STATUS VX_fileBuildAbsolutePathFromCurDir(const char* path, VX_String& out) {
@@ -298,8 +290,7 @@ VX_RET_STATUS VX_fileGetDrivePath(const char* path, VX_String& out) {
   VX_RET_STATUS st = resetOut(out);
   if (st > 2) return st;
   if (isEmpty(path)) return VX_RET_FALSE;
-  int letter = std::toupper(static_cast<unsigned char>(path[0]));
-  if (letter < 'A' || letter > 'Z') return VX_RET_FALSE;
+  if (!isDriveLetter(path[0])) return VX_RET_FALSE;
   std::size_t length = std::strlen(path);
   if (length >= 2 && path[1] != ':') return VX_RET_FALSE;
   if (length >= 3 && !isSep(path[2])) return VX_RET_FALSE;
