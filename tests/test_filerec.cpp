@@ -81,6 +81,11 @@ TEST_F(RecFile, CreationWritesTheExactLayout) {
   EXPECT_EQ(b.substr(128, 12), std::string("\0\0\0\0", 4) + le32(16) + le32(0xFFFFFFFF));
   EXPECT_EQ(b.substr(140, 16), data);
 
+  // Hosts use the library's own instantiation of the table array.
+  VX_Array<VX_FileBinrecTblEntry> table(1, 1);
+  table[0] = VX_FileBinrecTblEntry{16, -1};
+  EXPECT_TRUE(table[0] == (VX_FileBinrecTblEntry{16, -1}));
+
   ASSERT_EQ(reopen(f, VX_FILE_READ), VX_RET_TRUE);
   EXPECT_EQ(userSize, 4u);
   EXPECT_EQ(recSize, 16u);

@@ -17,14 +17,14 @@
 
 // The first 104 bytes of the header. Both texts are stored with every bit inverted, terminator
 // and unused tail included.
-struct VX_FileBinrecBaseHdr {
+struct VX_API VX_FileBinrecBaseHdr {
   unsigned int hdrSize;  // 116
   char version[33];      // "1.0"
   char comment[65];      // "Vorlaxe binary record file"
   char reserved[2];
 };
 
-struct VX_FileBinrecHdr {
+struct VX_API VX_FileBinrecHdr {
   VX_FileBinrecBaseHdr base;
   unsigned int userHdrSize;
   unsigned int dim;           // entries in the free record table, at least 1
@@ -34,7 +34,7 @@ struct VX_FileBinrecHdr {
 
 // One free list: the record size it serves (0 = any size of a variable file) and the offset of
 // its first deleted record, -1 when empty.
-struct VX_FileBinrecTblEntry {
+struct VX_API VX_FileBinrecTblEntry {
   unsigned int recSize;
   int firstFree;
   unsigned char operator==(const VX_FileBinrecTblEntry& other) const {
@@ -42,7 +42,7 @@ struct VX_FileBinrecTblEntry {
   }
 };
 
-struct VX_FileBinrecRecHdr {
+struct VX_API VX_FileBinrecRecHdr {
   unsigned char deleted;  // 1: the record is free and linked into a free list
   unsigned char reserved[3];
   unsigned int size;      // data bytes after this header
