@@ -118,47 +118,28 @@ TEST(Persistable, FieldHelpersForwardToTheBinaryFile) {
   vxtest::CaptureReporter rep;
   std::string path = dir.file("fields.bin");
   Probe probe;
-  unsigned total = 0, size = 0;
+  unsigned size = 0;
   {
     VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-    EXPECT_EQ(probe.persistVal('a', f, size), VX_RET_TRUE);
-    total += size;
-    EXPECT_EQ(probe.persistVal(static_cast<unsigned short>(0xBEEF), f, size), VX_RET_TRUE);
-    total += size;
     EXPECT_EQ(probe.persistVal(-2L, f, size), VX_RET_TRUE);
-    total += size;
-    EXPECT_EQ(probe.persistVal(2.5, f, size), VX_RET_TRUE);
-    total += size;
+    EXPECT_EQ(size, 4u);
     EXPECT_EQ(probe.persistVal(reinterpret_cast<void*>(0x1234), f, size), VX_RET_TRUE);
-    total += size;
     EXPECT_EQ(probe.persistVal("hi", f, size, 1), VX_RET_TRUE);
     EXPECT_EQ(size, 3u);
-    total += size;
   }
-  EXPECT_EQ(total, 1u + 2 + 4 + 8 + 4 + 3);
-  EXPECT_EQ(vxtest::readFileBytes(path).size(), total);
+  EXPECT_EQ(vxtest::readFileBytes(path), std::string("\xFE\xFF\xFF\xFF\x34\x12\0\0\x97\x96\0", 11));
 
   VX_FileBinary f(path.c_str(), VX_FILE_READ);
-  char c = 0;
-  unsigned short us = 0;
   long l = 0;
-  double d = 0;
   void* p = nullptr;
   char* text = nullptr;
-  EXPECT_EQ(probe.restoreVal(c, f, size), VX_RET_TRUE);
-  EXPECT_EQ(probe.restoreVal(us, f, size), VX_RET_TRUE);
   EXPECT_EQ(probe.restoreVal(l, f, size), VX_RET_TRUE);
-  EXPECT_EQ(probe.restoreVal(d, f, size), VX_RET_TRUE);
   EXPECT_EQ(probe.restoreVal(&p, f, size), VX_RET_TRUE);
   EXPECT_EQ(probe.restoreVal(&text, f, size, 1), VX_RET_TRUE);
-  EXPECT_EQ(c, 'a');
-  EXPECT_EQ(us, 0xBEEF);
   EXPECT_EQ(l, -2L);
-  EXPECT_EQ(d, 2.5);
   EXPECT_EQ(p, reinterpret_cast<void*>(0x1234));
   EXPECT_STREQ(text, "hi");
   std::free(text);
-
   // The file's own failure comes back as it is.
   int i = 0;
   EXPECT_EQ(probe.restoreVal(i, f, size), VX_RET_ERR_ARG);

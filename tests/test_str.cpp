@@ -8,7 +8,7 @@
 
 namespace {
 
-VX_Version& anyVersion() { return *reinterpret_cast<VX_Version*>(&VX_NULL_PTR); }
+VX_Version& anyVersion() { return VX_systemVersionWrite; }
 
 std::string text(const VX_String& s) {
   const char* p = s;

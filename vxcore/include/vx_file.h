@@ -52,7 +52,8 @@ class VX_API VX_File : public VX_VorlaxeClass {
   VX_RET_STATUS open(const char* path, VX_FILE_MODE mode, VX_STORAGE_TYPE storage, unsigned char buffered,
                      unsigned int bufferSize);
   virtual VX_RET_STATUS close();
-  // Transfers `count` items of `size` bytes; fewer is a failure (VX_RET_ERR_GEN).
+  // Transfers `count` items of `size` bytes; fewer is a failure (VX_RET_ERR_GEN), none asked
+  // for succeeds at once.
   virtual VX_RET_STATUS read(void* data, unsigned int size, unsigned int count);
   virtual VX_RET_STATUS write(void const* data, unsigned int size, unsigned int count);
   // 0 makes the stream unbuffered; otherwise a private buffer of `size` bytes, fully buffered.
@@ -94,7 +95,10 @@ class VX_API VX_File : public VX_VorlaxeClass {
 // written little-endian whatever the host: 1 byte for char, 2 for short, 4 for int and long
 // (the low 32 bits), 4 for float, 8 for double, 4 for a pointer (its low 32 bits, restored as
 // that number). Texts are written with their terminating zero, optionally bit-inverted.
-// close() answers VX_RET_FALSE on success and leaves the object ready to open again.
+// close() answers VX_RET_FALSE on success and leaves the object ready to open again. The
+// field forms always use the plain transfer; whole objects go through the virtual read/write,
+// so a derived class that overrides those (bringing the object forms back into view with
+// `using VX_FileBinary::read; using VX_FileBinary::write;`) frames whole objects its own way.
 class VX_API VX_FileBinary : public VX_File {
  public:
   VX_FileBinary();

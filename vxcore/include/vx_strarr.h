@@ -9,9 +9,10 @@
 
 // VX_StringArr: a fixed-content array of VX_String that owns its element block and rebuilds it
 // whole on every change (insertion, deletion, concatenation). A change that runs out of memory
-// is reported and leaves the array as it was; a failed copy (construction, assignment) leaves
-// the array empty with its error flag set, and the flag stays set. An array whose flag is set
-// cannot be copied (VX_RET_ERR_GEN) or inserted into; a disabled one reports VX_RET_ERR_POBJ.
+// is reported and leaves the array as it was. A copy that fails (construction, assignment)
+// leaves the array empty with its error flag set, and a concatenation that fails gives such an
+// array; the flag stays set. An array whose flag is set cannot be copied from
+// (VX_RET_ERR_GEN) or take part in insertion; a disabled one reports VX_RET_ERR_POBJ.
 // Accessors that cannot return an element return the sink VX_NULL_PTR.
 class VX_API VX_StringArr : public VX_VorlaxeClass {
  public:

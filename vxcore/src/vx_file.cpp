@@ -4,6 +4,7 @@
 #include "vx_file.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
@@ -12,6 +13,7 @@
 #include "vx_mem.h"
 #include "vx_platform.h"
 #include "vx_report.h"
+#include "vx_strfunc.h"
 #include "vx_version.h"
 
 // The stream of an opened file, shared by the object that opened it and every copy made from
@@ -30,9 +32,16 @@ enum : unsigned { TextWorkSize = 1024, SearchChunk = 4096, PackSlack = 8 };
 // scan(VX_String&) reads through this one buffer ("%1024s" and its terminator).
 char scanWorkBuffer[TextWorkSize + 1];
 
-// Bit inversion of the characters of a stored text; applying it twice restores them.
+// Bit inversion of the characters of a stored text; applying it twice restores them. Texts
+// longer than an int are inverted in int-sized steps.
 void invertBytes(char* bytes, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<char>(~static_cast<unsigned char>(bytes[i]));
+  unsigned char* at = reinterpret_cast<unsigned char*>(bytes);
+  while (count) {
+    int step = count > INT_MAX ? INT_MAX : static_cast<int>(count);
+    VX_escanBuffer(at, step);
+    at += step;
+    count -= static_cast<std::size_t>(step);
+  }
 }
 
 }  // namespace

@@ -24,51 +24,51 @@ char* upperCopy(const char* text) {
   return copy;
 }
 
-// Upper-cased copies of two texts for the case-insensitive operations, released on scope
-// exit. make() reports the failure once when either copy cannot be had.
-class FoldedPair {
+// The two texts an operation compares or searches: the inputs themselves or, when it is
+// case-insensitive, their upper-cased copies (released on scope exit). Folding is byte for
+// byte, so an offset found in a folded text is the same offset in its input.
+class CaseTexts {
  public:
-  FoldedPair() : first(nullptr), second(nullptr) {}
-  ~FoldedPair() {
-    VX_free(first);
-    VX_free(second);
+  CaseTexts() = default;
+  ~CaseTexts() {
+    VX_free(copyA);
+    VX_free(copyB);
   }
-  FoldedPair(const FoldedPair&) = delete;
-  FoldedPair& operator=(const FoldedPair&) = delete;
+  CaseTexts(const CaseTexts&) = delete;
+  CaseTexts& operator=(const CaseTexts&) = delete;
 
-  bool make(const char* a, const char* b) {
-    first = upperCopy(a);
-    second = first ? upperCopy(b) : nullptr;
-    if (second) return true;
-    VX_REPORT_STATUS(VX_RET_ERR_MEM);
-    return false;
-  }
-
-  char* first;
-  char* second;
-};
-
-// The texts a search runs on: the inputs themselves, or their upper-cased copies. Folding is
-// byte for byte, so an offset found in the folded text is the same offset in the input.
-class SearchTexts {
- public:
-  // False (after the report) when the folded copies cannot be made.
-  bool prepare(const char* text, const char* pattern, unsigned char caseSensitive) {
-    hay = text;
-    needle = pattern;
+  // False, after one report, when the folded copies cannot be made.
+  bool prepare(const char* a, const char* b, unsigned char caseSensitive) {
+    first = a;
+    second = b;
     if (caseSensitive) return true;
-    if (!folded.make(text, pattern)) return false;
-    hay = folded.first;
-    needle = folded.second;
+    copyA = upperCopy(a);
+    copyB = copyA ? upperCopy(b) : nullptr;
+    if (!copyB) {
+      VX_REPORT_STATUS(VX_RET_ERR_MEM);
+      return false;
+    }
+    first = copyA;
+    second = copyB;
     return true;
   }
 
-  const char* hay = nullptr;
-  const char* needle = nullptr;
+  const char* first = nullptr;
+  const char* second = nullptr;
 
  private:
-  FoldedPair folded;
+  char* copyA = nullptr;
+  char* copyB = nullptr;
 };
+
+// Calls `visit(offset)` for each match of the second text in the first, the search resuming
+// `step` characters after each match start (1 counts overlapping matches). The second text
+// must not be empty.
+template <class Visit>
+void forEachMatch(const CaseTexts& texts, std::size_t step, Visit&& visit) {
+  for (const char* p = std::strstr(texts.first, texts.second); p; p = std::strstr(p + step, texts.second))
+    visit(static_cast<std::size_t>(p - texts.first));
+}
 
 // Number of `c` at the start (or the end) of the `length` characters at `text`, at most
 // `max` of them unless `max` is negative.
@@ -152,9 +152,9 @@ int VX_strncmp(const char* a, const char* b, unsigned n) {
 int VX_strcmpNoCase(const char* a, const char* b) {
   VX_setUserError(0);
   if (!a || !b) return VX_strcmp(a, b);
-  FoldedPair folded;
-  if (!folded.make(a, b)) return 0;
-  return sign(std::strcmp(folded.first, folded.second));
+  CaseTexts texts;
+  if (!texts.prepare(a, b, 0)) return 0;
+  return sign(std::strcmp(texts.first, texts.second));
 }
 
 int VX_strsEqual(const char* a, const char* b, unsigned char caseSensitive) {
@@ -182,20 +182,20 @@ int VX_strReverse(char* text) {
 char* VX_strstr(const char* hay, const char* needle, unsigned char caseSensitive) {
   VX_setUserError(0);
   if (!hay || !needle) return nullptr;
-  SearchTexts texts;
+  CaseTexts texts;
   if (!texts.prepare(hay, needle, caseSensitive)) return const_cast<char*>(hay);
-  const char* found = std::strstr(texts.hay, texts.needle);
-  return found ? const_cast<char*>(hay) + (found - texts.hay) : nullptr;
+  const char* found = std::strstr(texts.first, texts.second);
+  return found ? const_cast<char*>(hay) + (found - texts.first) : nullptr;
 }
 
 // An empty pattern would match everywhere without advancing; it counts as no occurrence.
 int VX_strPatternFrequency(const char* text, const char* pattern, unsigned char caseSensitive) {
   VX_setUserError(0);
   if (!text || !pattern || !*pattern) return 0;
-  SearchTexts texts;
+  CaseTexts texts;
   if (!texts.prepare(text, pattern, caseSensitive)) return 0;
   int count = 0;
-  for (const char* p = std::strstr(texts.hay, texts.needle); p; p = std::strstr(p + 1, texts.needle)) ++count;
+  forEachMatch(texts, 1, [&](std::size_t) { ++count; });
   return count;
 }
 
@@ -239,13 +239,12 @@ VX_RET_STATUS VX_strSubstitute(char** out, const char* src, const char* replacem
   if (!out) return VX_FAIL(VX_RET_ERR_ARG);
   *out = nullptr;
   if (!src || !replacement || !pattern || !*pattern) return VX_RET_FALSE;
-  SearchTexts texts;
+  CaseTexts texts;
   if (!texts.prepare(src, pattern, caseSensitive)) return VX_RET_ERR_MEM;
 
   const std::size_t patLength = std::strlen(pattern);
   std::size_t matches = 0;
-  for (const char* p = std::strstr(texts.hay, texts.needle); p; p = std::strstr(p + patLength, texts.needle))
-    ++matches;
+  forEachMatch(texts, patLength, [&](std::size_t) { ++matches; });
   if (!matches) return VX_RET_FALSE;
 
   const std::size_t srcLength = std::strlen(src);
@@ -256,14 +255,13 @@ VX_RET_STATUS VX_strSubstitute(char** out, const char* src, const char* replacem
 
   char* end = result;
   std::size_t from = 0;
-  for (const char* p = std::strstr(texts.hay, texts.needle); p; p = std::strstr(p + patLength, texts.needle)) {
-    std::size_t at = static_cast<std::size_t>(p - texts.hay);
+  forEachMatch(texts, patLength, [&](std::size_t at) {
     std::memcpy(end, src + from, at - from);
     end += at - from;
     std::memcpy(end, replacement, repLength);
     end += repLength;
     from = at + patLength;
-  }
+  });
   std::memcpy(end, src + from, srcLength - from + 1);
   *out = result;
   return VX_RET_TRUE;
