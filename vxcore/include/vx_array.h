@@ -90,15 +90,7 @@ class VX_API VX_Array : public VX_IndContainer<T> {
 #include "vx_array_impl.h"
 
 // The library's own instantiations; hosts and the library's other sources reuse them.
-extern template class VX_Container<unsigned int>;
-extern template class VX_OrdContainer<unsigned int>;
-extern template class VX_I_Iterator<unsigned int>;
-extern template class VX_IndContainer<unsigned int>;
 extern template class VX_Array<unsigned int>;
-extern template class VX_Container<VX_String>;
-extern template class VX_OrdContainer<VX_String>;
-extern template class VX_I_Iterator<VX_String>;
-extern template class VX_IndContainer<VX_String>;
 extern template class VX_Array<VX_String>;
 
 #endif

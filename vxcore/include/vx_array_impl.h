@@ -461,3 +461,428 @@ VX_RET_STATUS VX_Array<T>::setCurElem(const T& elem) {
 }
 
 #endif  // VX_ARRAY_IMPL_H
+
+// ---- VX_VCArray ------------------------------------------------------------------------
+// Compiled once VX_VCArray is declared (vx_vcarray.h includes this header again).
+#if defined(VX_VCARRAY_DECLARED) && !defined(VX_VCARRAY_IMPL_BODY)
+#define VX_VCARRAY_IMPL_BODY
+
+template <class T>
+VX_VCArray<T>::VX_VCArray(unsigned int initialSize, unsigned int blockSz, unsigned char rawMem) {
+  VX_setUserError(0);
+  if (initDataMembers() != VX_RET_TRUE) return;
+  if (!blockSz) {
+    VX_reportErrorMsg(VX_ARRAY_IMPL_FILE, 1179, "VX_VCArray constructor", "Array blocksize must be non-zero");
+    cleanupDataMembers();
+    VX_reportStatus(VX_RET_ERR_ARG, VX_ARRAY_IMPL_FILE, 1183);
+    return;
+  }
+  blockSize = blockSz;
+  rawMemory = rawMem;
+  if (!initialSize) return;
+  if (append(initialSize) > 2) {
+    cleanupDataMembers();
+    return;
+  }
+  if (setCurIndex(0) != VX_RET_TRUE) {
+    VX_reportErrorMsg(VX_ARRAY_IMPL_FILE, 1202, "VX_VCArray constructor", "Unable to set current element pointer");
+    cleanupDataMembers();
+  }
+}
+
+template <class T>
+VX_VCArray<T>::~VX_VCArray() {
+  if (enabled) cleanupDataMembers();
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::initDataMembers() {
+  enabled = 0;
+  curBlock = 0;
+  blockSize = 0;
+  rawMemory = 0;
+  blocks = VX_newObject<VX_LList<Rec>>();
+  if (!blocks) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1257);
+  enabled = 1;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::cleanupDataMembers() {
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1273);
+  blocks->lock();
+  releaseChain(*blocks);
+  blocks->unlock();
+  VX_deleteObject(blocks);
+  blocks = nullptr;
+  this->nElems = 0;
+  this->clearCur();
+  curBlock = 0;
+  enabled = 0;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+unsigned int VX_VCArray<T>::blockCount(unsigned int blockNo) const {
+  VX_setUserError(0);
+  if (!enabled || blockNo >= blocks->numElems()) return 0;
+  return blocks->nodeAt(blockNo)->data.count;
+}
+
+// ---- VX_VCArray: blocks ----------------------------------------------------------------
+
+template <class T>
+VX_Array<T>* VX_VCArray<T>::newBlockArray() {
+  VX_Array<T>* block = VX_newObject<VX_Array<T>>(blockSize, rawMemory);
+  if (block && !block->objIsEnabled()) {
+    VX_deleteObject(block);
+    block = nullptr;
+  }
+  return block;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::growChain(VX_LList<Rec>& chain, unsigned int elems) {
+  while (elems) {
+    unsigned int used = elems < blockSize ? elems : blockSize;
+    VX_Array<T>* block = newBlockArray();
+    if (!block) return VX_RET_ERR_MEM;
+    if (chain.appendElem(Rec(used, block)) > 2) {
+      VX_deleteObject(block);
+      return VX_RET_ERR_MEM;
+    }
+    elems -= used;
+  }
+  return VX_RET_TRUE;
+}
+
+template <class T>
+void VX_VCArray<T>::releaseChain(VX_LList<Rec>& chain) {
+  for (Node* node = chain.head; node; node = node->next) {
+    VX_deleteObject(node->data.block);
+    node->data.block = nullptr;
+  }
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::append(unsigned int n) {
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1306);
+  if (n > ~0u - this->nElems) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1317);
+  // New blocks are made aside and linked in only when all of them exist.
+  VX_LList<Rec> fresh;
+  if (growChain(fresh, n) > 2) {
+    releaseChain(fresh);
+    return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1317);
+  }
+  blocks->spliceAfter(blocks->tail, fresh);
+  this->nElems += n;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+typename VX_VCArray<T>::Node* VX_VCArray<T>::mapIndex(unsigned int index, unsigned int& blockNo,
+                                                      unsigned int& offset) {
+  blockNo = 0;
+  offset = 0;
+  if (!enabled) {
+    VX_reportStatus(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1370);
+    return nullptr;
+  }
+  if (index >= this->nElems) return nullptr;
+  blocks->lock();  // a held lock has been reported; the walk goes on
+  Node* node;
+  if (index < this->nElems / 2) {
+    node = blocks->head;
+    while (node && index >= node->data.count) {
+      index -= node->data.count;
+      ++blockNo;
+      node = node->next;
+    }
+  } else {
+    // From the tail: `rest` counts the elements from `index` to the end.
+    unsigned int rest = this->nElems - index;
+    blockNo = blocks->numElems() - 1;
+    node = blocks->tail;
+    while (node && rest > node->data.count) {
+      rest -= node->data.count;
+      --blockNo;
+      node = node->prev;
+    }
+    if (node) index = node->data.count - rest;
+  }
+  blocks->unlock();
+  if (node) offset = index;
+  return node;
+}
+
+template <class T>
+void VX_VCArray<T>::restoreCursor() {
+  if (this->cur.elem) setCurIndex(this->cur.index);
+}
+
+// ---- VX_VCArray: insertion and deletion ------------------------------------------------
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1713);
+  if (!count) return VX_RET_FALSE;
+  unsigned int n = this->nElems;
+  if (!n) {
+    VX_RET_STATUS st = append(count);
+    restoreCursor();
+    return st;
+  }
+  if (count > ~0u - n) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1831);
+  if (index >= n) index = n - 1;
+  unsigned int b = 0, o = 0;
+  Node* node = mapIndex(index, b, o);
+  if (!node) return VX_reportFail(VX_RET_ERR_GEN, VX_ARRAY_IMPL_FILE, 1782);
+  Rec& rec = node->data;
+  unsigned int after = method != VX_INS_BEFORE ? 1 : 0;
+  if (rec.count + count <= blockSize) {
+    // Room in the block: its used slots from the insertion point move up and the vacated
+    // ones come out cleared. Slots past the used ones are always clear already, so only the
+    // used ones are moved.
+    unsigned int p = o + after;
+    if (p < rec.count) rec.block->memMove(p + count, p, rec.count - p, 1);
+    rec.count += count;
+  } else {
+    // Split at the insertion point; the new elements fill the block's free room first, the
+    // rest go into new blocks (full ones first) between it and the split-off part.
+    unsigned int at = o + after;
+    unsigned int moved = at < rec.count ? rec.count - at : 0;
+    unsigned int kept = rec.count - moved;
+    unsigned int fill = blockSize - kept < count ? blockSize - kept : count;
+    VX_LList<Rec> fresh;
+    VX_RET_STATUS st = growChain(fresh, count - fill);
+    if (st <= 2 && moved) st = growChain(fresh, moved);
+    if (st > 2) {
+      releaseChain(fresh);
+      return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1831);
+    }
+    if (moved) {
+      VX_Array<T>* tailBlock = fresh.tail->data.block;
+      tailBlock->subCopy(*rec.block, at, 0, moved);
+      rec.block->clearElems(at, moved);
+    }
+    rec.count = kept + fill;
+    blocks->spliceAfter(node, fresh);
+  }
+  this->nElems += count;
+  restoreCursor();
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::delElems(unsigned int index, unsigned int count) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1896);
+  unsigned int n = this->nElems;
+  if (!count || index >= n) return VX_RET_FALSE;
+  if (count > n - index) count = n - index;
+  unsigned int b = 0, o = 0;
+  Node* node = mapIndex(index, b, o);
+  while (count && node) {
+    Rec& rec = node->data;
+    unsigned int k = count < rec.count - o ? count : rec.count - o;
+    unsigned int behind = rec.count - o - k;
+    if (behind) rec.block->memMove(o, o + k, behind, 0);
+    rec.block->clearElems(rec.count - k, k);
+    rec.count -= k;
+    this->nElems -= k;
+    count -= k;
+    Node* next = node->next;
+    if (!rec.count) {
+      VX_deleteObject(rec.block);
+      blocks->unlink(node);
+      VX_deleteObject(node);
+    }
+    node = next;
+    o = 0;
+  }
+  restoreCursor();
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::appendElem(const T& elem) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1966);
+  // Appending moves no held element, so `elem` may be one of them.
+  unsigned int n = this->nElems;
+  VX_RET_STATUS st = insElems(VX_INS_AFTER, n ? n - 1 : 0, 1);
+  if (st > 2) return st;
+  (*this)[n] = elem;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::preappendElem(const T& elem) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1991);
+  T value{};  // `elem` may be an element the insertion moves
+  value = elem;
+  VX_RET_STATUS st = insElems(VX_INS_BEFORE, 0, 1);
+  if (st > 2) return st;
+  (*this)[0] = value;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::delAll() {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, __LINE__);
+  return delElems(0, this->nElems);
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::delCurElem(unsigned char advance) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 2020);
+  if (!this->cur.elem) return VX_RET_FALSE;
+  unsigned int index = this->cur.index;
+  unsigned int target = index;
+  if (index + 1 == this->nElems && index != 0) --target;
+  if (advance) ++target;
+  VX_RET_STATUS st = delElems(index, 1);
+  if (st > 2) {
+    setCurIndex(index);
+    return st;
+  }
+  setCurIndex(target);
+  return VX_RET_TRUE;
+}
+
+// ---- VX_VCArray: element access and cursor ---------------------------------------------
+
+template <class T>
+T& VX_VCArray<T>::operator[](unsigned int index) {
+  VX_setUserError(0);
+  if (!enabled) {
+    VX_reportStatus(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1658);
+    return VX_nullRef<T>();
+  }
+  if (index >= this->nElems) {
+    VX_reportErrorMsg(VX_ARRAY_IMPL_FILE, 1663, "VX_VCArray: element access", VX_indexRangeText(),
+                      static_cast<int>(index), 0, static_cast<int>(this->nElems) - 1);
+    return VX_nullRef<T>();
+  }
+  unsigned int b = 0, o = 0;
+  Node* node = mapIndex(index, b, o);
+  if (!node) {
+    VX_reportErrorMsg(VX_ARRAY_IMPL_FILE, 1671, "VX_VCArray: element access",
+                      "Internal error on array index mapping", index);
+    return VX_nullRef<T>();
+  }
+  return (*node->data.block)[o];
+}
+
+template <class T>
+unsigned char VX_VCArray<T>::curIsNull() {
+  VX_setUserError(0);
+  return !enabled || !this->cur.elem;
+}
+
+template <class T>
+unsigned char VX_VCArray<T>::curAtFirst() {
+  VX_setUserError(0);
+  return this->cursorAtEnd(false, VX_ARRAY_IMPL_FILE, __LINE__);
+}
+
+template <class T>
+unsigned char VX_VCArray<T>::curAtLast() {
+  VX_setUserError(0);
+  return this->cursorAtEnd(true, VX_ARRAY_IMPL_FILE, __LINE__);
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::setCurFirst() {
+  VX_setUserError(0);
+  return this->cursorToEnd(false, VX_ARRAY_IMPL_FILE, __LINE__, __LINE__);
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::setCurLast() {
+  VX_setUserError(0);
+  return this->cursorToEnd(true, VX_ARRAY_IMPL_FILE, __LINE__, __LINE__);
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::setCurIndex(unsigned int index) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 2282);
+  this->clearCur();
+  curBlock = 0;
+  unsigned int b = 0, o = 0;
+  Node* node = mapIndex(index, b, o);
+  if (!node) return VX_RET_FALSE;
+  this->cur.set(index, &(*node->data.block)[o]);
+  this->cur.node = node;
+  curBlock = b;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::setCurPrev() {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 2143);
+  Node* node = curNode();
+  if (!this->cur.elem || !node) return VX_RET_FALSE;
+  T* first = &(*node->data.block)[0];
+  if (this->cur.elem != first) {
+    this->cur.set(this->cur.index - 1, this->cur.elem - 1);
+    return VX_RET_TRUE;
+  }
+  Node* prev = node->prev;
+  if (!prev) {
+    this->clearCur();
+    return VX_RET_FALSE;
+  }
+  this->cur.set(this->cur.index - 1, &(*prev->data.block)[prev->data.count - 1]);
+  this->cur.node = prev;
+  --curBlock;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::setCurNext() {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, __LINE__);
+  Node* node = curNode();
+  if (!this->cur.elem || !node) return VX_RET_FALSE;
+  T* last = &(*node->data.block)[node->data.count - 1];
+  if (this->cur.elem != last) {
+    this->cur.set(this->cur.index + 1, this->cur.elem + 1);
+    return VX_RET_TRUE;
+  }
+  Node* next = node->next;
+  if (!next) {
+    this->clearCur();
+    return VX_RET_FALSE;
+  }
+  this->cur.set(this->cur.index + 1, &(*next->data.block)[0]);
+  this->cur.node = next;
+  ++curBlock;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::getCurIndex(unsigned int& index) {
+  VX_setUserError(0);
+  return this->cursorIndex(index, VX_ARRAY_IMPL_FILE, __LINE__);
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::getCurElem(T** elem) {
+  VX_setUserError(0);
+  return this->cursorElem(elem, VX_ARRAY_IMPL_FILE, __LINE__, __LINE__);
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::setCurElem(const T& elem) {
+  VX_setUserError(0);
+  return this->cursorSearch(elem, VX_ARRAY_IMPL_FILE, __LINE__);
+}
+
+#endif  // VX_VCARRAY_IMPL_BODY

@@ -163,4 +163,19 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
 
 #include "vx_iterator_impl.h"
 
+// The library's own instantiations of the interface; hosts and the library's other sources
+// reuse them.
+// `VX_CONTAINER_INTERFACE_INSTANCES(extern, T)` in a header and
+// `VX_CONTAINER_INTERFACE_INSTANCES(, T)` in the source that exports them name the four
+// interface classes of one element type.
+#define VX_CONTAINER_INTERFACE_INSTANCES(EXTERN, ...)  \
+  EXTERN template class VX_Container<__VA_ARGS__>;     \
+  EXTERN template class VX_OrdContainer<__VA_ARGS__>;  \
+  EXTERN template class VX_I_Iterator<__VA_ARGS__>;    \
+  EXTERN template class VX_IndContainer<__VA_ARGS__>;
+
+class VX_String;
+VX_CONTAINER_INTERFACE_INSTANCES(extern, unsigned int)
+VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_String)
+
 #endif

@@ -1,0 +1,113 @@
+// VX_LNode and VX_LList: the doubly linked list of the container family.
+#ifndef VX_LIST_H
+#define VX_LIST_H
+
+#include "vx_container.h"
+#include "vx_str.h"
+
+template <class T>
+class VX_VCArray;
+
+// VX_LNode<T>: one element of a list, held by value, and its two links. Nodes are heap
+// objects owned by their list and deleted through the virtual destructor. Assignment copies
+// the element only; links belong to the list.
+template <class T>
+class VX_API VX_LNode : public VX_VorlaxeClass {
+ public:
+  explicit VX_LNode(const T& value);
+  ~VX_LNode() override;
+  VX_LNode& operator=(const VX_LNode& other);
+  unsigned char objIsEnabled() const { return enabled; }
+
+  unsigned char enabled;
+  T data;
+  VX_LNode* next;  // null at the tail
+  VX_LNode* prev;  // null at the head
+
+ private:
+  void initDataMembers();
+  void cleanupDataMembers();
+};
+
+// VX_LList<T>: owns one heap node per element. Insertion and removal at the cursor, head and
+// tail touch no other element; access by index walks the chain. The cursor holds the node.
+// Its quirks are deliberate and callers depend on them: setCurLast gives the index count,
+// not count - 1; setCurNext and setCurPrev answer VX_RET_TRUE when they step off the list
+// (so a walk tests curIsNull after each step); insElemAtCur before the cursor leaves the
+// cursor index one above the new node's position; getCurElem on a null cursor is
+// VX_RET_ERR_GEN. A failed allocation leaves the list unchanged. Assignment copies the
+// elements (so lists can be array elements); equality compares them in order.
+template <class T>
+class VX_API VX_LList : public VX_IndContainer<T> {
+ public:
+  VX_LList();
+  ~VX_LList() override;
+  VX_LList& operator=(const VX_LList& src);
+  unsigned char operator==(const VX_LList& other) const;
+
+  // Removes the first node holding `elem` itself or an equal value; the cursor stays on its
+  // element (its index follows), or moves on when its own node goes.
+  VX_RET_STATUS delElem(const T& elem) override;
+  VX_RET_STATUS delAll() override;
+  T& operator[](unsigned int index) override;
+  // Nothing is inserted when `index` is past the end (VX_RET_FALSE).
+  VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
+  VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
+  VX_RET_STATUS appendElem(const T& elem) override;
+  VX_RET_STATUS preappendElem(const T& elem) override;
+  unsigned char objIsEnabled() const override { return enabled; }
+  VX_RET_STATUS delCurElem(unsigned char advance) override;
+
+  unsigned char curIsNull() override;
+  unsigned char curAtFirst() override;
+  unsigned char curAtLast() override;
+  VX_RET_STATUS setCurFirst() override;
+  VX_RET_STATUS setCurLast() override;
+  VX_RET_STATUS setCurPrev() override;
+  VX_RET_STATUS setCurNext() override;
+  VX_RET_STATUS getCurIndex(unsigned int& index) override;
+  VX_RET_STATUS setCurIndex(unsigned int index) override;
+  VX_RET_STATUS getCurElem(T** elem) override;
+  VX_RET_STATUS setCurElem(const T& elem) override;
+
+  // Inserts next to the cursor's node; on an empty list appends; a null cursor on a
+  // non-empty list is VX_RET_ERR_CALL.
+  virtual VX_RET_STATUS insElemAtCur(VX_INS_METHOD method, const T& elem);
+
+ private:
+  typedef VX_LNode<T> Node;
+  template <class U>
+  friend class VX_VCArray;
+
+  void initDataMembers();
+  VX_RET_STATUS cleanupDataMembers();
+  Node* curNode() const { return static_cast<Node*>(this->cur.node); }
+  // Puts the cursor on `node` with `index`; a null node clears it.
+  void pointCur(Node* node, unsigned int index);
+  // The node at `index`, walking from the nearer end; null past the end.
+  Node* nodeAt(unsigned int index) const;
+  // Links `node` before (`before` true) or after `at`; a null `at` means the front (before)
+  // or the back (after).
+  void link(Node* node, Node* at, bool before);
+  // Detaches `node`; a cursor on it is cleared. The node is not deleted.
+  void unlink(Node* node);
+  // Links a node next to the cursor's node as insElemAtCur does.
+  void linkAtCur(VX_INS_METHOD method, Node* node);
+  // Moves every node of `from` behind `at` (to the front for a null `at`). The cursor's
+  // index is not adjusted: the chunked array keeps its block list's cursor itself.
+  void spliceAfter(Node* at, VX_LList& from);
+  static void freeChain(Node* first);
+
+  unsigned char enabled;
+  Node* head;
+  Node* tail;
+};
+
+#include "vx_list_impl.h"
+
+extern template class VX_LNode<unsigned int>;
+extern template class VX_LList<unsigned int>;
+extern template class VX_LNode<VX_String>;
+extern template class VX_LList<VX_String>;
+
+#endif

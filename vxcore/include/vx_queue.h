@@ -1,0 +1,35 @@
+// VX_Queue: first in, first out, a ring over a fixed or a growable storage.
+#ifndef VX_QUEUE_H
+#define VX_QUEUE_H
+
+#include "vx_adapter.h"
+
+// VX_Queue<T>: a ring buffer. A fixed queue refuses a put when full (VX_RET_FALSE); a
+// growable one opens `growBy` slots at the ring's write position and moves its read
+// position along when the oldest elements lie behind it, so the order stays first in,
+// first out. get on an empty queue yields the sink VX_NULL_PTR without a report. A storage
+// that cannot be made leaves the queue disabled.
+template <class T>
+class VX_API VX_Queue : public VX_AdapterStore<T> {
+ public:
+  VX_Queue(unsigned int size = 64, unsigned char rawMemory = 0);
+  VX_Queue(unsigned int initialSize, unsigned int blockSize, unsigned int growBy, unsigned char rawMemory);
+  ~VX_Queue() override;
+
+  VX_RET_STATUS put(const T& elem);
+  T& get();
+
+ private:
+  void initDataMembers();
+  VX_RET_STATUS cleanupDataMembers();
+
+  unsigned int head;  // slot of the next element to leave
+  unsigned int tail;  // slot where the next element goes
+  unsigned int growBy;
+};
+
+#include "vx_queue_impl.h"
+
+extern template class VX_Queue<unsigned int>;
+
+#endif

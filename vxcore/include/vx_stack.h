@@ -1,0 +1,36 @@
+// VX_Stack: last in, first out, over a fixed or a growable storage.
+#ifndef VX_STACK_H
+#define VX_STACK_H
+
+#include "vx_adapter.h"
+
+// VX_Stack<T>: a fixed stack refuses a push when full (VX_RET_FALSE); a growable one grows
+// its storage by `growBy` slots. pop and peek on nothing yield the sink VX_NULL_PTR without
+// a report, so callers test isEmpty first. A popped element stays in the storage until it
+// is overwritten. A storage that cannot be made leaves the stack disabled.
+template <class T>
+class VX_API VX_Stack : public VX_AdapterStore<T> {
+ public:
+  VX_Stack(unsigned int size = 64, unsigned char rawMemory = 0);
+  VX_Stack(unsigned int initialSize, unsigned int blockSize, unsigned int growBy, unsigned char rawMemory);
+  ~VX_Stack() override;
+
+  VX_RET_STATUS push(const T& elem);
+  T& pop();
+  // Counted from the bottom: 0 is the element pushed first.
+  T& peek(unsigned int i);
+  unsigned int getNum() const;
+
+ private:
+  void initDataMembers();
+  VX_RET_STATUS cleanupDataMembers();
+
+  unsigned int growBy;
+};
+
+#include "vx_stack_impl.h"
+
+extern template class VX_AdapterStore<unsigned int>;
+extern template class VX_Stack<unsigned int>;
+
+#endif

@@ -1,0 +1,107 @@
+// VX_VCArray: the chunked array, an indexed container kept in a chain of fixed-size blocks.
+#ifndef VX_VCARRAY_H
+#define VX_VCARRAY_H
+
+#include "vx_array.h"
+#include "vx_list.h"
+
+// VX_VCARR_LLIST_REC<T>: one block of a chunked array: its used slot count and the block
+// array (owned by the chunked array, not by the record). Copied member-wise. Two records
+// are equal when they are one, or when their counts match and their blocks compare equal
+// in the array's sense.
+template <class T>
+struct VX_VCARR_LLIST_REC {
+  unsigned int count;
+  VX_Array<T>* block;
+
+  VX_VCARR_LLIST_REC() : count(0), block(nullptr) {}
+  VX_VCARR_LLIST_REC(unsigned int used, VX_Array<T>* array) : count(used), block(array) {}
+  unsigned char operator==(const VX_VCARR_LLIST_REC& other) const {
+    if (&other == this) return 1;
+    if (count != other.count || !block || !other.block) return 0;
+    return *block == *other.block;
+  }
+  T& operator[](unsigned int index) { return block ? (*block)[index] : VX_nullRef<T>(); }
+};
+
+// VX_VCArray<T>: used like VX_Array<T>, but the elements live in a chain of blocks of
+// `blockSize` slots, each used from its first slot on. Inserting in the middle shifts or
+// splits one block; appending fills the last block and then adds whole new blocks, so no
+// operation copies more than one block's elements. Emptied blocks are removed. The blocks
+// and their chain are owned. A zero block size or a failed allocation at construction
+// leaves the array disabled (every operation then reports VX_RET_ERR_OBJ); a failed
+// allocation later returns VX_RET_ERR_MEM with the elements as they were. Access by index
+// walks the chain from its nearer end. Not copyable.
+template <class T>
+class VX_API VX_VCArray : public VX_IndContainer<T> {
+ public:
+  VX_VCArray(unsigned int initialSize = 0, unsigned int blockSize = 64, unsigned char rawMemory = 0);
+  ~VX_VCArray() override;
+  VX_VCArray(const VX_VCArray&) = delete;
+  VX_VCArray& operator=(const VX_VCArray&) = delete;
+
+  T& operator[](unsigned int index) override;
+  VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
+  VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
+  VX_RET_STATUS appendElem(const T& elem) override;
+  VX_RET_STATUS preappendElem(const T& elem) override;
+  VX_RET_STATUS delAll() override;
+  unsigned char objIsEnabled() const override { return enabled; }
+  VX_RET_STATUS delCurElem(unsigned char advance) override;
+
+  unsigned char curIsNull() override;
+  unsigned char curAtFirst() override;
+  unsigned char curAtLast() override;
+  VX_RET_STATUS setCurFirst() override;
+  VX_RET_STATUS setCurLast() override;
+  VX_RET_STATUS setCurPrev() override;
+  VX_RET_STATUS setCurNext() override;
+  VX_RET_STATUS getCurIndex(unsigned int& index) override;
+  VX_RET_STATUS setCurIndex(unsigned int index) override;
+  VX_RET_STATUS getCurElem(T** elem) override;
+  VX_RET_STATUS setCurElem(const T& elem) override;
+
+  unsigned int getBlockSize() const { return blockSize; }
+  // The used slot counts of the blocks in chain order (for inspection and tests).
+  unsigned int numBlocks() const { return blocks ? blocks->numElems() : 0; }
+  unsigned int blockCount(unsigned int blockNo) const;
+
+ private:
+  typedef VX_VCARR_LLIST_REC<T> Rec;
+  typedef VX_LNode<Rec> Node;
+
+  VX_RET_STATUS initDataMembers();
+  VX_RET_STATUS cleanupDataMembers();
+  // Adds `n` default elements at the end in new blocks, full but for the last.
+  VX_RET_STATUS append(unsigned int n);
+  // The block holding element `index`, its number and the offset inside it; null past the
+  // end.
+  Node* mapIndex(unsigned int index, unsigned int& blockNo, unsigned int& offset);
+  // A new block array of blockSize cleared slots, or null.
+  VX_Array<T>* newBlockArray();
+  // Appends to `chain` records holding `elems` slots, full blocks first; VX_RET_ERR_MEM
+  // when an allocation fails (the caller releases the chain).
+  VX_RET_STATUS growChain(VX_LList<Rec>& chain, unsigned int elems);
+  // Deletes the block arrays of `chain`; its nodes go with the list.
+  static void releaseChain(VX_LList<Rec>& chain);
+  // Puts the cursor back on its index after a structural change (cleared past the end).
+  void restoreCursor();
+  Node* curNode() const { return static_cast<Node*>(this->cur.node); }
+
+  unsigned char enabled;
+  unsigned int curBlock;  // number of the block holding the cursor's element
+  unsigned int blockSize;
+  VX_LList<Rec>* blocks;
+  unsigned char rawMemory;
+};
+
+#define VX_VCARRAY_DECLARED
+#include "vx_array_impl.h"
+
+extern template struct VX_VCARR_LLIST_REC<unsigned int>;
+VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_VCARR_LLIST_REC<unsigned int>)
+extern template class VX_LNode<VX_VCARR_LLIST_REC<unsigned int>>;
+extern template class VX_LList<VX_VCARR_LLIST_REC<unsigned int>>;
+extern template class VX_VCArray<unsigned int>;
+
+#endif
