@@ -381,6 +381,10 @@ TEST(PathAllocation, EveryFailureIsReportedAsMemoryAndLeavesNoFiles) {
   check("drive", [&] { return VX_fileGetDrivePath("c:", a); });
   check("strip", [&] { return VX_filePathStripLeadingSlashes(a, "//x"); });
   check("tempname", [&] { return VX_fileCreateTempFileName("t", a); });
+  writeFile(tmp.file("r1"), "R");
+  check("rename", [&] { return VX_fileRename(tmp.file("r1").c_str(), tmp.file("r2").c_str()); });
+  check("delete", [&] { return VX_fileDelete(tmp.file("r2").c_str()); });
+  EXPECT_FALSE(exists(tmp.file("r2")));
 
   // A move that runs out of memory has not started: both files are as they were.
   std::string from = tmp.file("from"), to = tmp.file("to");
