@@ -379,6 +379,13 @@ TEST_F(DamagedRecFile, OpenRefusesHeadersThatPointOutsideTheFile) {
   // The failed object opens a good file again.
   makeVariable(false);
   EXPECT_EQ(reopen(f), VX_RET_TRUE);
+  ASSERT_LE(f.close(), 2);
+  // A fixed record size no file could hold.
+  VX_FileBinaryRec fixed;
+  ASSERT_EQ(createFixed(fixed), VX_RET_TRUE);
+  ASSERT_LE(fixed.close(), 2);
+  vxtest::patchFileBytes(path, 116, le32(0xFFFFFFF8));
+  EXPECT_EQ(openDamaged(fixed), VX_RET_ERR_FILE);
 }
 
 TEST_F(DamagedRecFile, RecordSizesRunningPastTheEndAreRefusedEverywhere) {

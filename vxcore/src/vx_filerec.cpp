@@ -266,9 +266,9 @@ VX_RET_STATUS VX_FileBinaryRec::create(const char* path, unsigned char buffered,
   if (getMode() != VX_FILE_CREATE) return abandon(VX_FAIL(VX_RET_ERR_CALL), true);
   if (userHeaderSize && !userHeader) return abandon(VX_FAIL(VX_RET_ERR_ARG), true);
   uint64_t firstRecord = VX_FILE_BINREC_HDR_SIZE + uint64_t{VX_FILE_BINREC_TBL_ENTRY_SIZE} * dim + userHeaderSize;
-  if (firstRecord > static_cast<uint64_t>(MaxOffset)) {
-    VX_REPORT_ERROR(ArgHeading, "Free record table (%u entries) and user header (%u bytes) do not fit in a file\n",
-                    dim, userHeaderSize);
+  if (firstRecord > static_cast<uint64_t>(MaxOffset) || recSize > static_cast<unsigned long>(MaxOffset)) {
+    VX_REPORT_ERROR(ArgHeading, "Free record table (%u entries), user header (%u bytes) or record size (%u) too large "
+                    "for a file\n", dim, userHeaderSize, recSize);
     return abandon(VX_FAIL(VX_RET_ERR_ARG), true);
   }
 
@@ -343,6 +343,11 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
   if (st <= 2) st = readTable();
   if (st > 2) return abandon(st, true);
   variable = !(hdr.dim == 1 && freeRecTbl[0].recSize != 0);
+  if (!variable && freeRecTbl[0].recSize > static_cast<unsigned long>(MaxOffset)) {
+    VX_REPORT_ERROR(heading, "Damaged record file <%s>: record size %u is larger than any file\n", path,
+                    freeRecTbl[0].recSize);
+    return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
+  }
   if (hdr.recHeaders) {
     for (unsigned i = 0; i < hdr.dim; ++i) {
       long first = freeRecTbl[i].firstFree;
