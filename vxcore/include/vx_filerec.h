@@ -96,6 +96,7 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
                    unsigned int& userHeaderSize, char** userHeader, unsigned int& recSize);
   // Shares the source's stream (as VX_FileBinary does) and copies its header and table.
   VX_FileBinaryRec(const VX_FileBinaryRec& other);
+  // Closes an open file as close() does, so the table is not lost.
   ~VX_FileBinaryRec() override;
   VX_FileBinaryRec& operator=(const VX_FileBinaryRec& other);
 
@@ -120,7 +121,8 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS read(void* data, unsigned int size, unsigned int count) override;
   VX_RET_STATUS write(void const* data, unsigned int size, unsigned int count) override;
   // The record's whole data into `mem`, sized from the record header (a variable file without
-  // record headers reads mem's present size).
+  // record headers reads mem's present size). A VX_String is both a memory block and a
+  // persistable: a cast picks the form.
   VX_RET_STATUS read(VX_Memory& mem);
   VX_RET_STATUS write(VX_Memory& mem);
   // Whole objects as one record: packed with VX_systemVersionWrite, unpacked with
