@@ -78,6 +78,9 @@ TEST(Array, FixedSizeFormsShiftInsideTheArray) {
     EXPECT_EQ(items(d), U({1, 3, 0}));
     EXPECT_EQ(d.delElems(0, 1, 0), VX_RET_TRUE);
     EXPECT_EQ(items(d), U({3, 0, 0}));
+    VX_Array<unsigned> far = make({1, 2, 3, 4, 5}, raw);
+    EXPECT_EQ(far.delElems(0, 3, 0), VX_RET_TRUE);  // the moved run lies apart from the gap
+    EXPECT_EQ(items(far), U({4, 5, 0, 0, 0}));
   }
   VX_Array<VX_String> s(0, 0);
   fill(s, {"a", "b", "c"});

@@ -2,6 +2,9 @@
 // points where the linked list deliberately departs from the arrays.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
+
 #include "vx_containers_support.h"
 #include "vx_test_support.h"
 
@@ -23,7 +26,62 @@ unsigned current(VX_I_Iterator<unsigned>& c) {
   return c.getCurElem(&p) == VX_RET_TRUE && p ? *p : ~0u;
 }
 
+// The vtable slot a pointer to a virtual member names (Itanium C++ ABI: the pointer holds
+// 1 + the byte offset of the entry; the destructor pair is slot 0).
+template <class PMF>
+long slotOf(PMF pmf) {
+  struct {
+    std::uintptr_t ptr;
+    std::ptrdiff_t adj;
+  } rep;
+  static_assert(sizeof(PMF) == sizeof(rep), "unexpected member pointer layout");
+  std::memcpy(&rep, &pmf, sizeof rep);
+  if (!(rep.ptr & 1)) return -1;  // not virtual
+  return static_cast<long>((rep.ptr - 1) / sizeof(void*)) - 1;
+}
+
 }  // namespace
+
+// The slot order is the binary interface shared with modules built against it.
+TEST(Interface, VirtualSlotsKeepTheirPlaces) {
+  using C = VX_Container<unsigned>;
+  using O = VX_OrdContainer<unsigned>;
+  using I = VX_IndContainer<unsigned>;
+  using It = VX_I_Iterator<unsigned>;
+  using L = VX_LList<unsigned>;
+  EXPECT_EQ(slotOf(&C::hasElem), 1);
+  EXPECT_EQ(slotOf(&C::addElem), 2);
+  EXPECT_EQ(slotOf(&C::delElem), 3);
+  EXPECT_EQ(slotOf(&C::delAll), 4);
+  EXPECT_EQ(slotOf(&O::insElem), 5);
+  EXPECT_EQ(slotOf(&O::addElems), 6);
+  EXPECT_EQ(slotOf(&O::removeElems), 7);
+  EXPECT_EQ(slotOf(&O::findElemIndex), 8);
+  EXPECT_EQ(slotOf(static_cast<unsigned& (O::*)(unsigned)>(&O::operator[])), 9);
+  EXPECT_EQ(slotOf(&O::insElems), 10);
+  EXPECT_EQ(slotOf(&O::delElems), 11);
+  EXPECT_EQ(slotOf(&O::appendElem), 12);
+  EXPECT_EQ(slotOf(&O::preappendElem), 13);
+  EXPECT_EQ(slotOf(&I::objIsEnabled), 14);
+  EXPECT_EQ(slotOf(&I::insertElemAtCur), 15);
+  EXPECT_EQ(slotOf(&I::delCurElem), 16);
+  EXPECT_EQ(slotOf(&L::insElemAtCur), 17);
+  EXPECT_EQ(slotOf(&L::delElem), 3);
+  EXPECT_EQ(slotOf(static_cast<unsigned& (VX_Array<unsigned>::*)(unsigned)>(&VX_Array<unsigned>::operator[])), 9);
+
+  EXPECT_EQ(slotOf(static_cast<unsigned& (It::*)(unsigned)>(&It::operator[])), 1);
+  EXPECT_EQ(slotOf(&It::curIsNull), 2);
+  EXPECT_EQ(slotOf(&It::curAtFirst), 3);
+  EXPECT_EQ(slotOf(&It::curAtLast), 4);
+  EXPECT_EQ(slotOf(&It::setCurFirst), 5);
+  EXPECT_EQ(slotOf(&It::setCurLast), 6);
+  EXPECT_EQ(slotOf(&It::setCurPrev), 7);
+  EXPECT_EQ(slotOf(&It::setCurNext), 8);
+  EXPECT_EQ(slotOf(&It::getCurIndex), 9);
+  EXPECT_EQ(slotOf(&It::setCurIndex), 10);
+  EXPECT_EQ(slotOf(&It::getCurElem), 11);
+  EXPECT_EQ(slotOf(&It::setCurElem), 12);
+}
 
 template <class C>
 class Contract : public ::testing::Test {
@@ -88,6 +146,7 @@ TYPED_TEST(Contract, SearchMembershipAndRemoval) {
   EXPECT_EQ(c.setCurElem(99), VX_RET_FALSE);
   EXPECT_TRUE(c.curIsNull());
   EXPECT_FALSE(c.isLocked());
+  c.setCurIndex(3);
   EXPECT_TRUE(c.hasElem(50));
   EXPECT_FALSE(c.hasElem(99));
   unsigned index = 0;
@@ -95,6 +154,8 @@ TYPED_TEST(Contract, SearchMembershipAndRemoval) {
   EXPECT_EQ(index, 2u);
   EXPECT_EQ(c.findElemIndex(99, index), VX_RET_FALSE);
   EXPECT_EQ(index, 5u);
+  EXPECT_EQ(cursorAt(c), 3);  // the queries leave the cursor where it was
+  EXPECT_EQ(current(c), 20u);
   EXPECT_EQ(c.delElem(20), VX_RET_TRUE);  // only the first one
   EXPECT_EQ(items(c), U({10, 30, 20, 50}));
   EXPECT_EQ(c.delElem(99), VX_RET_FALSE);

@@ -11,7 +11,9 @@ using vxtest::CaptureReporter;
 using vxtest::cursorAt;
 using vxtest::fill;
 using vxtest::items;
+using vxtest::texts;
 using U = std::vector<unsigned>;
+using S = std::vector<std::string>;
 
 namespace {
 
@@ -97,7 +99,7 @@ TEST(VCArray, DeletionRemovesEmptiedBlocks) {
   EXPECT_EQ(items(a), U({5}));
 }
 
-TEST(VCArray, DeletingAtTheCursorFollowsTheDesignatedTarget) {
+TEST(VCArray, DeletingAtTheCursorLandsOnItsTarget) {
   VX_VCArray<unsigned> a(6, 4, 0);
   number(a);
   a.setCurIndex(5);
@@ -190,6 +192,20 @@ TEST(VCArray, InsertionAndAppendMoveAtMostOneBlock) {
   raw.delElems(0, 5);
   raw.memMove(0, 10, 100, 1);
   EXPECT_EQ(Counted::assigns, 0L);
+}
+
+TEST(VCArray, ClassElementsMoveByAssignment) {
+  VX_VCArray<VX_String> a(0, 2, 0);
+  fill(a, {"a", "b", "c", "d", "e"});
+  EXPECT_EQ(a.insElem(VX_INS_BEFORE, 1, VX_String("x")), VX_RET_TRUE);  // splits a full block
+  EXPECT_EQ(texts(a), S({"a", "x", "b", "c", "d", "e"}));
+  EXPECT_EQ(a.preappendElem(a[3]), VX_RET_TRUE);  // an element the insertion moves
+  EXPECT_EQ(a.appendElem(a[0]), VX_RET_TRUE);
+  EXPECT_EQ(texts(a), S({"c", "a", "x", "b", "c", "d", "e", "c"}));
+  EXPECT_EQ(a.delElems(1, 5), VX_RET_TRUE);
+  EXPECT_EQ(texts(a), S({"c", "e", "c"}));
+  EXPECT_EQ(a.insElems(VX_INS_AFTER, 0, 1), VX_RET_TRUE);
+  EXPECT_EQ(texts(a), S({"c", "<null>", "e", "c"}));  // a cleared slot, not a stale one
 }
 
 TEST(VCArray, ZeroBlockSizeLeavesItDisabled) {

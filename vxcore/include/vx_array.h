@@ -4,8 +4,6 @@
 
 #include "vx_container.h"
 
-class VX_String;
-
 // VX_Array<T> owns one block of exactly numElems() elements (no spare capacity: every size
 // change allocates the new size and copies). In raw mode (for plain-data T only) elements
 // move by block copies and are cleared to zero bytes; otherwise they move by T's assignment

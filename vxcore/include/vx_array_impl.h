@@ -296,7 +296,9 @@ VX_RET_STATUS VX_Array<T>::delElems(unsigned int index, unsigned int count, unsi
   if (shrink) return rebuild(n - count, index, count, 0, 493);
   VX_RET_STATUS st = memMove(index, index + count, n - index - count, 1);
   if (st > 2) return st;
-  if (st == VX_RET_FALSE) clearElems(index, count);  // the deleted run was the tail
+  // The move clears only the source slots it vacated; the whole vacated tail is cleared,
+  // also when the deleted run was the tail itself or lay apart from what moved.
+  clearElems(n - count, count);
   return VX_RET_TRUE;
 }
 

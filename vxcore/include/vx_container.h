@@ -11,6 +11,7 @@
 
 #include "vx_globals.h"
 #include "vx_mem.h"
+#include "vx_str.h"
 #include "vx_vorlaxe.h"
 
 // On which side of `index` new elements go. Any value other than VX_INS_BEFORE acts as
@@ -56,7 +57,10 @@ class VX_API VX_Container : public VX_VorlaxeClass {
   VX_Container() : nElems(0) {}
   ~VX_Container() override {}
 
-  unsigned int numElems() const { return nElems; }
+  unsigned int numElems() const {
+    VX_setUserError(0);
+    return nElems;
+  }
 
   virtual unsigned char hasElem(const T& elem) = 0;
   virtual VX_RET_STATUS addElem(const T& elem) = 0;
@@ -119,7 +123,10 @@ class VX_API VX_I_Iterator : public VX_VorlaxeClass {
   VX_RET_STATUS lock();
   // VX_RET_FALSE when the lock was free.
   VX_RET_STATUS unlock();
-  unsigned char isLocked() const { return locked; }
+  unsigned char isLocked() const {
+    VX_setUserError(0);
+    return locked;
+  }
 
  protected:
   unsigned char iterEnabled;
@@ -140,6 +147,9 @@ template <class T>
 class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T> {
  public:
   unsigned char hasElem(const T& elem) override;
+  // As the ordered container's search, but walked with the cursor (given back unchanged), so
+  // that containers slow to index, like the list, are scanned in linear time.
+  VX_RET_STATUS findElemIndex(const T& elem, unsigned int& index) override;
   // Appends: no duplicate check.
   VX_RET_STATUS addElem(const T& elem) override;
   // Removes the first equal element; VX_RET_FALSE when there is none.
@@ -151,6 +161,9 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
   virtual VX_RET_STATUS delCurElem(unsigned char advance) = 0;
 
  protected:
+  // Position of the first element equal to `elem` (numElems() when none), by a cursor walk
+  // that leaves the cursor as it found it.
+  unsigned int scanFor(const T& elem);
   // The cursor search of setCurElem, under the lock.
   VX_RET_STATUS cursorSearch(const T& elem, const char* file, unsigned line);
   // curAtFirst (last false) / curAtLast (last true) for an index cursor; 6 when not enabled.
@@ -174,7 +187,6 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
   EXTERN template class VX_I_Iterator<__VA_ARGS__>;    \
   EXTERN template class VX_IndContainer<__VA_ARGS__>;
 
-class VX_String;
 VX_CONTAINER_INTERFACE_INSTANCES(extern, unsigned int)
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_String)
 

@@ -91,21 +91,18 @@ class VX_API VX_File : public VX_VorlaxeClass {
   unsigned char sharesStream;
 };
 
-// VX_FileBinary: a file opened in binary mode with the library's fixed encodings. Numbers are
-// written little-endian whatever the host: 1 byte for char, 2 for short, 4 for int and long
-// (the low 32 bits), 4 for float, 8 for double, 4 for a pointer (its low 32 bits, restored as
-// that number). Texts are written with their terminating zero, optionally bit-inverted.
-// close() answers VX_RET_FALSE on success and leaves the object ready to open again. The
-// field forms always use the plain transfer; whole objects go through the virtual read/write,
-// so a derived class that overrides those (bringing the object forms back into view with
-// `using VX_FileBinary::read; using VX_FileBinary::write;`) frames whole objects its own way.
-class VX_API VX_FileBinary : public VX_File {
+// VX_TypedFile: what the binary and the text file share over VX_File: the storage type every
+// open uses, an enabled flag of their own checked before each transfer, and whole-object
+// transfers. close() answers VX_RET_FALSE on success and leaves the object ready to open again.
+// Copies share the stream as VX_File's do; a copy of a disabled file is disabled.
+template <VX_STORAGE_TYPE Storage>
+class VX_API VX_TypedFile : public VX_File {
  public:
-  VX_FileBinary();
-  VX_FileBinary(const char* path, VX_FILE_MODE mode, unsigned char buffered = 0, unsigned int bufferSize = 0);
-  VX_FileBinary(const VX_FileBinary& other);
-  ~VX_FileBinary() override;
-  VX_FileBinary& operator=(const VX_FileBinary& other);
+  VX_TypedFile();
+  VX_TypedFile(const char* path, VX_FILE_MODE mode, unsigned char buffered = 0, unsigned int bufferSize = 0);
+  VX_TypedFile(const VX_TypedFile& other);
+  ~VX_TypedFile() override;
+  VX_TypedFile& operator=(const VX_TypedFile& other);
 
   VX_RET_STATUS open(const char* path, VX_FILE_MODE mode, unsigned char buffered = 0, unsigned int bufferSize = 0);
   VX_RET_STATUS close() override;
@@ -114,6 +111,34 @@ class VX_API VX_FileBinary : public VX_File {
   VX_RET_STATUS read(VX_Persistable& obj);
   VX_RET_STATUS read(VX_Persistable& obj, unsigned int size);
   VX_RET_STATUS write(VX_Persistable& obj);
+
+  unsigned char objIsEnabled() const { return enabled && VX_File::objIsEnabled(); }
+
+ protected:
+  bool usable() const { return enabled && hasStream(); }
+
+ private:
+  void initDataMembers();
+  void cleanupDataMembers();
+
+  unsigned char enabled;
+};
+
+extern template class VX_TypedFile<VX_STORAGE_BINARY>;
+extern template class VX_TypedFile<VX_STORAGE_ASCII>;
+
+// VX_FileBinary: a file opened in binary mode with the library's fixed encodings. Numbers are
+// written little-endian whatever the host: 1 byte for char, 2 for short, 4 for int and long
+// (the low 32 bits), 4 for float, 8 for double, 4 for a pointer (its low 32 bits, restored as
+// that number). Texts are written with their terminating zero, optionally bit-inverted.
+// The field forms always use the plain transfer; whole objects go through the virtual read/write,
+// so a derived class that overrides those (bringing the object forms back into view with
+// `using VX_FileBinary::read; using VX_FileBinary::write;`) frames whole objects its own way.
+class VX_API VX_FileBinary : public VX_TypedFile<VX_STORAGE_BINARY> {
+ public:
+  using VX_TypedFile::VX_TypedFile;
+  using VX_TypedFile::read;
+  using VX_TypedFile::write;
 
   VX_RET_STATUS persistVal(char value, unsigned int& size);
   VX_RET_STATUS persistVal(unsigned char value, unsigned int& size);
@@ -146,38 +171,21 @@ class VX_API VX_FileBinary : public VX_File {
   // copy (the caller frees it) and `size` its length + 1.
   VX_RET_STATUS restoreVal(char** text, unsigned int& size, unsigned char scramble = 0);
 
-  unsigned char objIsEnabled() const { return enabled && VX_File::objIsEnabled(); }
-
  private:
-  void initDataMembers();
-  void cleanupDataMembers();
   // The fixed-width little-endian forms every number goes through.
   VX_RET_STATUS putBytes(unsigned long long value, unsigned int width, unsigned int& size);
   VX_RET_STATUS getBytes(unsigned long long& value, unsigned int width, unsigned int& size);
-  bool usable() const { return enabled && hasStream(); }
-
-  unsigned char enabled;
 };
 
 // VX_FileAscii: a file opened in text mode. Lines end at "\n"; line and column numbers count
 // from 0. getLinePos converts an offset that counts every line end as 2 bytes (a carriage
 // return and a newline), as the text files it was made for store them. scan(VX_String&) reads
 // through one library-wide work buffer, so it is not for concurrent use.
-class VX_API VX_FileAscii : public VX_File {
+class VX_API VX_FileAscii : public VX_TypedFile<VX_STORAGE_ASCII> {
  public:
-  VX_FileAscii();
-  VX_FileAscii(const char* path, VX_FILE_MODE mode, unsigned char buffered = 0, unsigned int bufferSize = 0);
-  VX_FileAscii(const VX_FileAscii& other);
-  ~VX_FileAscii() override;
-  VX_FileAscii& operator=(const VX_FileAscii& other);
-
-  VX_RET_STATUS open(const char* path, VX_FILE_MODE mode, unsigned char buffered = 0, unsigned int bufferSize = 0);
-  VX_RET_STATUS close() override;
-  VX_RET_STATUS read(void* data, unsigned int size, unsigned int count) override;
-  VX_RET_STATUS write(void const* data, unsigned int size, unsigned int count) override;
-  VX_RET_STATUS read(VX_Persistable& obj);
-  VX_RET_STATUS read(VX_Persistable& obj, unsigned int size);
-  VX_RET_STATUS write(VX_Persistable& obj);
+  using VX_TypedFile::VX_TypedFile;
+  using VX_TypedFile::read;
+  using VX_TypedFile::write;
 
   VX_RET_STATUS print(const char* format, ...) __attribute__((format(printf, 2, 3)));
   // One item each; VX_RET_FALSE when none could be read (end of file or no match).
@@ -203,20 +211,13 @@ class VX_API VX_FileAscii : public VX_File {
   VX_RET_STATUS searchText(const char* text, long& offset);
   VX_RET_STATUS searchText(const char* text, unsigned int& line, unsigned int& column);
 
-  unsigned char objIsEnabled() const { return enabled && VX_File::objIsEnabled(); }
-
  private:
-  void initDataMembers();
-  void cleanupDataMembers();
-  bool usable() const { return enabled && hasStream(); }
   // Reads from the start of the file counting lines and columns until `stop` answers true
   // or the end is reached; `newlineBytes` is what a line end adds to the byte count.
   template <class Stop>
   VX_RET_STATUS walkLines(long newlineBytes, unsigned int& line, unsigned int& column, bool& stopped, Stop stop);
   // Offset of the next occurrence of `text` from the current position, or -1 (position kept).
   VX_RET_STATUS findText(const char* text, long& offset);
-
-  unsigned char enabled;
 };
 
 #endif

@@ -118,10 +118,30 @@ unsigned char VX_IndContainer<T>::hasElem(const T& elem) {
     VX_reportStatus(VX_RET_ERR_OBJ, VX_ITERATOR_IMPL_FILE, 155);
     return 0;
   }
+  return scanFor(elem) < this->numElems();
+}
+
+template <class T>
+VX_RET_STATUS VX_IndContainer<T>::findElemIndex(const T& elem, unsigned int& index) {
+  VX_setUserError(0);
+  index = this->numElems();
+  if (!objIsEnabled()) return VX_reportFail(VX_RET_ERR_OBJ, VX_ITERATOR_IMPL_FILE, __LINE__);
+  index = scanFor(elem);
+  return index < this->numElems() ? VX_RET_TRUE : VX_RET_FALSE;
+}
+
+template <class T>
+unsigned int VX_IndContainer<T>::scanFor(const T& elem) {
+  VX_IteratorElem<T> saved = this->cur;
   unsigned int n = this->numElems();
-  for (unsigned int i = 0; i < n; ++i)
-    if ((*this)[i] == elem) return 1;
-  return 0;
+  unsigned int pos = 0;
+  bool found = false;
+  for (this->setCurFirst(); !found && !this->curIsNull() && pos < n; ++pos) {
+    found = *this->cur.elem == elem;
+    if (!found) this->setCurNext();
+  }
+  this->cur = saved;  // nothing changed the structure, so the saved cursor still holds
+  return found ? pos - 1 : n;
 }
 
 template <class T>

@@ -57,6 +57,11 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   VX_RET_STATUS preappendElem(const T& elem) override;
   unsigned char objIsEnabled() const override { return enabled; }
   VX_RET_STATUS delCurElem(unsigned char advance) override;
+  // Inserts next to the cursor's node; on an empty list appends; a null cursor on a
+  // non-empty list is VX_RET_ERR_CALL. Declared here, before the cursor overrides, so that
+  // it takes the slot right after delCurElem: overriders of the cursor's slots get entries
+  // of their own in this table, behind it.
+  virtual VX_RET_STATUS insElemAtCur(VX_INS_METHOD method, const T& elem);
 
   unsigned char curIsNull() override;
   unsigned char curAtFirst() override;
@@ -69,10 +74,6 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   VX_RET_STATUS setCurIndex(unsigned int index) override;
   VX_RET_STATUS getCurElem(T** elem) override;
   VX_RET_STATUS setCurElem(const T& elem) override;
-
-  // Inserts next to the cursor's node; on an empty list appends; a null cursor on a
-  // non-empty list is VX_RET_ERR_CALL.
-  virtual VX_RET_STATUS insElemAtCur(VX_INS_METHOD method, const T& elem);
 
  private:
   typedef VX_LNode<T> Node;

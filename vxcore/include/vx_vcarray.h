@@ -61,8 +61,12 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   VX_RET_STATUS getCurElem(T** elem) override;
   VX_RET_STATUS setCurElem(const T& elem) override;
 
-  unsigned int getBlockSize() const { return blockSize; }
-  // The used slot counts of the blocks in chain order (for inspection and tests).
+  // The block layout, for tests and diagnostics: the block size, the number of blocks and
+  // the used slot count of block `blockNo` in chain order (0 past the last block).
+  unsigned int getBlockSize() const {
+    VX_setUserError(0);
+    return blockSize;
+  }
   unsigned int numBlocks() const { return blocks ? blocks->numElems() : 0; }
   unsigned int blockCount(unsigned int blockNo) const;
 

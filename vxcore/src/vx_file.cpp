@@ -378,26 +378,33 @@ VX_RET_STATUS VX_File::readObject(VX_Persistable& obj, unsigned int size, bool s
 }
 
 // ---------------------------------------------------------------------------------------------
-// VX_FileBinary
+// VX_TypedFile: the members the binary and the text file share
 
-VX_FileBinary::VX_FileBinary() { initDataMembers(); }
+template <VX_STORAGE_TYPE Storage>
+VX_TypedFile<Storage>::VX_TypedFile() { initDataMembers(); }
 
-VX_FileBinary::VX_FileBinary(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
+template <VX_STORAGE_TYPE Storage>
+VX_TypedFile<Storage>::VX_TypedFile(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
   initDataMembers();
-  openOrDisable(path, openMode, VX_STORAGE_BINARY, buffered, size);
+  openOrDisable(path, openMode, Storage, buffered, size);
 }
 
-VX_FileBinary::VX_FileBinary(const VX_FileBinary& other) : VX_File(other) {
+template <VX_STORAGE_TYPE Storage>
+VX_TypedFile<Storage>::VX_TypedFile(const VX_TypedFile& other) : VX_File(other) {
   initDataMembers();
   if (!other.enabled) enabled = 0;
 }
 
-VX_FileBinary::~VX_FileBinary() { cleanupDataMembers(); }
+template <VX_STORAGE_TYPE Storage>
+VX_TypedFile<Storage>::~VX_TypedFile() { cleanupDataMembers(); }
 
-void VX_FileBinary::initDataMembers() { enabled = 1; }
-void VX_FileBinary::cleanupDataMembers() { enabled = 0; }
+template <VX_STORAGE_TYPE Storage>
+void VX_TypedFile<Storage>::initDataMembers() { enabled = 1; }
+template <VX_STORAGE_TYPE Storage>
+void VX_TypedFile<Storage>::cleanupDataMembers() { enabled = 0; }
 
-VX_FileBinary& VX_FileBinary::operator=(const VX_FileBinary& other) {
+template <VX_STORAGE_TYPE Storage>
+VX_TypedFile<Storage>& VX_TypedFile<Storage>::operator=(const VX_TypedFile& other) {
   VX_setUserError(0);
   if (!enabled || !other.enabled) {
     VX_REPORT_STATUS(VX_RET_ERR_POBJ);
@@ -407,48 +414,61 @@ VX_FileBinary& VX_FileBinary::operator=(const VX_FileBinary& other) {
   return *this;
 }
 
-VX_RET_STATUS VX_FileBinary::open(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
+template <VX_STORAGE_TYPE Storage>
+VX_RET_STATUS VX_TypedFile<Storage>::open(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
-  return VX_File::open(path, openMode, VX_STORAGE_BINARY, buffered, size);
+  return VX_File::open(path, openMode, Storage, buffered, size);
 }
 
-VX_RET_STATUS VX_FileBinary::close() {
+template <VX_STORAGE_TYPE Storage>
+VX_RET_STATUS VX_TypedFile<Storage>::close() {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   resetMembers();
   return VX_RET_FALSE;
 }
 
-VX_RET_STATUS VX_FileBinary::read(void* data, unsigned int size, unsigned int count) {
+template <VX_STORAGE_TYPE Storage>
+VX_RET_STATUS VX_TypedFile<Storage>::read(void* data, unsigned int size, unsigned int count) {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   return VX_File::read(data, size, count);
 }
 
-VX_RET_STATUS VX_FileBinary::write(void const* data, unsigned int size, unsigned int count) {
+template <VX_STORAGE_TYPE Storage>
+VX_RET_STATUS VX_TypedFile<Storage>::write(void const* data, unsigned int size, unsigned int count) {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   return VX_File::write(data, size, count);
 }
 
-VX_RET_STATUS VX_FileBinary::read(VX_Persistable& obj) {
+template <VX_STORAGE_TYPE Storage>
+VX_RET_STATUS VX_TypedFile<Storage>::read(VX_Persistable& obj) {
   VX_setUserError(0);
   if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
   return readObject(obj, 0, false);
 }
 
-VX_RET_STATUS VX_FileBinary::read(VX_Persistable& obj, unsigned int size) {
+template <VX_STORAGE_TYPE Storage>
+VX_RET_STATUS VX_TypedFile<Storage>::read(VX_Persistable& obj, unsigned int size) {
   VX_setUserError(0);
   if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
   return readObject(obj, size, true);
 }
 
-VX_RET_STATUS VX_FileBinary::write(VX_Persistable& obj) {
+template <VX_STORAGE_TYPE Storage>
+VX_RET_STATUS VX_TypedFile<Storage>::write(VX_Persistable& obj) {
   VX_setUserError(0);
   if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
   return writeObject(obj);
 }
+
+template class VX_TypedFile<VX_STORAGE_BINARY>;
+template class VX_TypedFile<VX_STORAGE_ASCII>;
+
+// ---------------------------------------------------------------------------------------------
+// VX_FileBinary
 
 // Fields are written with the base transfer, never a derived class's record-level write.
 VX_RET_STATUS VX_FileBinary::putBytes(unsigned long long value, unsigned int width, unsigned int& size) {
@@ -622,76 +642,6 @@ VX_RET_STATUS VX_FileBinary::restoreVal(char** text, unsigned int& size, unsigne
 
 // ---------------------------------------------------------------------------------------------
 // VX_FileAscii
-
-VX_FileAscii::VX_FileAscii() { initDataMembers(); }
-
-VX_FileAscii::VX_FileAscii(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
-  initDataMembers();
-  openOrDisable(path, openMode, VX_STORAGE_ASCII, buffered, size);
-}
-
-VX_FileAscii::VX_FileAscii(const VX_FileAscii& other) : VX_File(other) {
-  initDataMembers();
-  if (!other.enabled) enabled = 0;
-}
-
-VX_FileAscii::~VX_FileAscii() { cleanupDataMembers(); }
-
-void VX_FileAscii::initDataMembers() { enabled = 1; }
-void VX_FileAscii::cleanupDataMembers() { enabled = 0; }
-
-VX_FileAscii& VX_FileAscii::operator=(const VX_FileAscii& other) {
-  VX_setUserError(0);
-  if (!enabled || !other.enabled) {
-    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
-    return *this;
-  }
-  VX_File::operator=(other);
-  return *this;
-}
-
-VX_RET_STATUS VX_FileAscii::open(const char* path, VX_FILE_MODE openMode, unsigned char buffered, unsigned int size) {
-  VX_setUserError(0);
-  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
-  return VX_File::open(path, openMode, VX_STORAGE_ASCII, buffered, size);
-}
-
-VX_RET_STATUS VX_FileAscii::close() {
-  VX_setUserError(0);
-  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
-  resetMembers();
-  return VX_RET_FALSE;
-}
-
-VX_RET_STATUS VX_FileAscii::read(void* data, unsigned int size, unsigned int count) {
-  VX_setUserError(0);
-  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
-  return VX_File::read(data, size, count);
-}
-
-VX_RET_STATUS VX_FileAscii::write(void const* data, unsigned int size, unsigned int count) {
-  VX_setUserError(0);
-  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
-  return VX_File::write(data, size, count);
-}
-
-VX_RET_STATUS VX_FileAscii::read(VX_Persistable& obj) {
-  VX_setUserError(0);
-  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
-  return readObject(obj, 0, false);
-}
-
-VX_RET_STATUS VX_FileAscii::read(VX_Persistable& obj, unsigned int size) {
-  VX_setUserError(0);
-  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
-  return readObject(obj, size, true);
-}
-
-VX_RET_STATUS VX_FileAscii::write(VX_Persistable& obj) {
-  VX_setUserError(0);
-  if (!usable()) return VX_FAIL(VX_RET_ERR_POBJ);
-  return writeObject(obj);
-}
 
 VX_RET_STATUS VX_FileAscii::print(const char* format, ...) {
   VX_setUserError(0);
