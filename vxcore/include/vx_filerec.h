@@ -1,0 +1,252 @@
+// The binary record file: a header, a table of free-record lists, an optional user header and
+// records that are written, read, deleted and reused in place.
+#ifndef VX_FILEREC_H
+#define VX_FILEREC_H
+
+#include "vx_array.h"
+#include "vx_file.h"
+
+// On-disk layout, every number little-endian:
+//   0                   file header (VX_FileBinrecHdr, 116 bytes)
+//   116                 free record table, dim entries of 8 bytes (VX_FileBinrecTblEntry)
+//   116 + 8*dim         user header, userHdrSize opaque bytes
+//   after that          records, each preceded by a 12-byte record header when the header's
+//                       recHeaders flag is set
+// The structures below are the in-memory copies; the file is read and written field by field,
+// so their host layout never reaches the disk.
+
+// The first 104 bytes of the header. Both texts are stored with every bit inverted, terminator
+// and unused tail included.
+struct VX_API VX_FileBinrecBaseHdr {
+  unsigned int hdrSize;  // 116
+  char version[33];      // "1.0"
+  char comment[65];      // "Vorlaxe binary record file"
+  char reserved[2];
+};
+
+struct VX_API VX_FileBinrecHdr {
+  VX_FileBinrecBaseHdr base;
+  unsigned int userHdrSize;
+  unsigned int dim;           // entries in the free record table, at least 1
+  unsigned char recHeaders;   // 1: every record is preceded by a record header
+  unsigned char reserved[3];
+};
+
+// One free list: the record size it serves (0 = any size of a variable file) and the offset of
+// its first deleted record, -1 when empty.
+struct VX_API VX_FileBinrecTblEntry {
+  unsigned int recSize;
+  int firstFree;
+  unsigned char operator==(const VX_FileBinrecTblEntry& other) const {
+    return recSize == other.recSize && firstFree == other.firstFree;
+  }
+};
+
+struct VX_API VX_FileBinrecRecHdr {
+  unsigned char deleted;  // 1: the record is free and linked into a free list
+  unsigned char reserved[3];
+  unsigned int size;      // data bytes after this header
+  int nextFree;           // next record of the same free list, -1 = none (always -1 when live)
+};
+
+enum : unsigned int {
+  VX_FILE_BINREC_HDR_SIZE = 116,
+  VX_FILE_BINREC_BASE_HDR_SIZE = 104,
+  VX_FILE_BINREC_TBL_ENTRY_SIZE = 8,
+  VX_FILE_BINREC_REC_HDR_SIZE = 12
+};
+
+// How a free record is chosen for a new one.
+enum VX_FILE_BINREC_DEL_REC_SEARCH_ALGO : int {
+  VX_BINREC_SEARCH_EXACT = 0,            // only a free record of exactly the wanted size
+  VX_BINREC_SEARCH_EXACT_THEN_FIT = 1,   // exact first, else the first one large enough
+  VX_BINREC_SEARCH_FIRST_FIT = 2         // the first one large enough
+};
+
+// The library's instantiation for the free record table.
+extern template class VX_Container<VX_FileBinrecTblEntry>;
+extern template class VX_OrdContainer<VX_FileBinrecTblEntry>;
+extern template class VX_I_Iterator<VX_FileBinrecTblEntry>;
+extern template class VX_IndContainer<VX_FileBinrecTblEntry>;
+extern template class VX_Array<VX_FileBinrecTblEntry>;
+
+// VX_FileBinaryRec: a binary file of records. A file has fixed records when its table has one
+// entry of non-zero size (every record is then that size); otherwise records vary in size and
+// free lists are chosen by size. Deleted records are kept in free lists, threaded through their
+// record headers, and reused by autoWrite; a larger free record is split. The object owns its
+// copy of the header and the free record table; the table reaches the file when the header is
+// rewritten and at close (not after a read-only open).
+//
+// Failures: not enabled or no stream is VX_RET_ERR_POBJ (offset-returning operations answer -1);
+// bad arguments VX_RET_ERR_ARG; allocation VX_RET_ERR_MEM; a failed transfer or seek
+// VX_RET_ERR_GEN as the binary file reports it. A file that is not a record file, or whose
+// header, table, free lists or record headers point outside the file or loop, is reported and
+// refused with VX_RET_ERR_FILE: on open, and by every later walk that meets the damage.
+// Offsets the caller passes are checked leniently by design: a bad one is reported and the
+// transfer goes ahead.
+class VX_API VX_FileBinaryRec : public VX_FileBinary {
+ public:
+  VX_FileBinaryRec();
+  // Creates (or truncates) `path` as a new record file.
+  VX_FileBinaryRec(const char* path, unsigned char buffered, unsigned int bufferSize, unsigned int recSize,
+                   unsigned char recHeaders, const char* userHeader, unsigned int userHeaderSize, unsigned int dim,
+                   VX_Array<unsigned int>& freeRecSizes);
+  // Opens an existing record file; see open.
+  VX_FileBinaryRec(const char* path, VX_FILE_MODE mode, unsigned char buffered, unsigned int bufferSize,
+                   unsigned int& userHeaderSize, char** userHeader, unsigned int& recSize);
+  // Shares the source's stream (as VX_FileBinary does) and copies its header and table.
+  VX_FileBinaryRec(const VX_FileBinaryRec& other);
+  // Closes an open file as close() does, so the table is not lost.
+  ~VX_FileBinaryRec() override;
+  VX_FileBinaryRec& operator=(const VX_FileBinaryRec& other);
+
+  // Creation: recSize 0 makes a variable file, whose freeRecSizes (dim of them) name the sizes
+  // of its free lists, one of them 0. The argument check reports what is wrong and creation
+  // goes on regardless.
+  VX_RET_STATUS open(const char* path, unsigned char buffered, unsigned int bufferSize, unsigned int recSize,
+                     unsigned char recHeaders, const char* userHeader, unsigned int userHeaderSize, unsigned int dim,
+                     VX_Array<unsigned int>& freeRecSizes);
+  // Opening: mode VX_FILE_READ or VX_FILE_READWRITE. With a non-null `userHeader` the user
+  // header is read into a malloc'ed block (null when it is empty) that the caller frees.
+  // recSize gets the record size of a fixed file, 0 for a variable one.
+  VX_RET_STATUS open(const char* path, VX_FILE_MODE mode, unsigned char buffered, unsigned int bufferSize,
+                     unsigned int& userHeaderSize, char** userHeader, unsigned int& recSize);
+  // Writes the table back (unless opened read-only) and closes; VX_RET_FALSE on success, as
+  // the binary file answers.
+  VX_RET_STATUS close() override;
+
+  // One record at the current position: its record header (when the file has them), then
+  // size * count data bytes. A fixed file takes its record size for 0 and refuses any other
+  // size; a variable file does nothing for 0.
+  VX_RET_STATUS read(void* data, unsigned int size, unsigned int count) override;
+  VX_RET_STATUS write(void const* data, unsigned int size, unsigned int count) override;
+  // The record's whole data into `mem`, sized from the record header (a variable file without
+  // record headers reads mem's present size). A VX_String is both a memory block and a
+  // persistable: a cast picks the form.
+  VX_RET_STATUS read(VX_Memory& mem);
+  VX_RET_STATUS write(VX_Memory& mem);
+  // Whole objects as one record: packed with VX_systemVersionWrite, unpacked with
+  // VX_systemVersionRead from getPackedSize (or `size`) bytes.
+  VX_RET_STATUS read(VX_Persistable& obj);
+  VX_RET_STATUS read(VX_Persistable& obj, unsigned int size);
+  VX_RET_STATUS write(VX_Persistable& obj);
+
+  // Part of a record's data: `size` bytes from `subOffset` into the data of the record at
+  // `recOffset`. The range must lie inside the record. The memory forms read into a block of
+  // `size` bytes and write mem's whole content.
+  VX_RET_STATUS readSubRec(void* data, long recOffset, unsigned int subOffset, unsigned int size);
+  VX_RET_STATUS writeSubRec(void const* data, long recOffset, unsigned int subOffset, unsigned int size);
+  VX_RET_STATUS readSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset, unsigned int size);
+  VX_RET_STATUS writeSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset);
+
+  // Where a record of `size` bytes would go: a free record chosen by `algo`, else the end of
+  // the file. A fixed file's free record is unlinked even by this query.
+  long getAvailableRecOffset(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
+  // Writes a record into a free slot (splitting a larger one) or at the end; its offset, -1 on
+  // any failure.
+  long autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
+  long autoWrite(VX_Memory& mem, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo);
+  // A free record of `size` bytes (exactly, or at least with room for a split when `exact` is
+  // 0); with `allocate` it is unlinked. The end of the file when the list is empty; -1 when
+  // there is no free management (no record headers) or nothing fits.
+  long getFreeRec(unsigned int size, unsigned char exact, unsigned char allocate);
+
+  // Marks the record at `offset` deleted and puts it first in its free list; the stream is left
+  // at the offset. Needs record headers. A record already deleted is left as it is
+  // (VX_RET_FALSE), so that no free list can come to contain it twice.
+  VX_RET_STATUS deleteRec(long offset);
+  // Whether the record at the current position is deleted (the position is kept).
+  VX_RET_STATUS isDeleted();
+  // Whether any free list holds a record.
+  VX_RET_STATUS hasDeletedRecords();
+  // Moves to the start of record n, counting from 1 (0 counts as 1). On failure the position
+  // is restored.
+  VX_RET_STATUS positionRec(unsigned long n);
+  // From the start of a record to the start of the next one: VX_RET_TRUE, or VX_RET_FALSE
+  // (position kept) at the end of the file.
+  VX_RET_STATUS recAdvance();
+
+  // The user header into a malloc'ed block the caller frees (*header must be null on entry);
+  // VX_RET_FALSE, nothing allocated, when it is empty.
+  VX_RET_STATUS readUserHeader(char** header, unsigned int& size);
+  // Rewrites the user header; `size` must be the size the file was created with. The position
+  // is kept.
+  VX_RET_STATUS writeUserHeader(void const* header, unsigned int size);
+
+  // The header, the table and every record, to the library output stream (VX_coutPtr);
+  // VX_RET_ERR_CALL when there is none. The position is kept.
+  VX_RET_STATUS debugDump();
+
+  unsigned char objIsEnabled() const { return enabled && VX_FileBinary::objIsEnabled(); }
+  unsigned char operator==(const VX_FileBinaryRec& other) const;
+
+ protected:
+  // The creation check: reports what is wrong, raises dim 0 to 1, and answers VX_RET_FALSE
+  // after an error message; creation does not stop on it.
+  VX_RET_STATUS verifyArgs(unsigned int recSize, unsigned char recHeaders, unsigned int& dim,
+                           VX_Array<unsigned int>& freeRecSizes);
+  // VX_RET_FALSE (reported) for an offset before the first record or, in a fixed file, not on
+  // a record boundary; callers go on regardless.
+  VX_RET_STATUS verifyOffset(long offset);
+  // The free list that serves records of `size` bytes.
+  unsigned int getFreeRecTblIndex(unsigned int size);
+
+ private:
+  void initDataMembers();
+  void cleanupDataMembers();
+  // Shared checks of every public operation: enabled and an open stream.
+  VX_RET_STATUS usable(unsigned line);
+  VX_RET_STATUS create(const char* path, unsigned char buffered, unsigned int bufferSize, unsigned int recSize,
+                       unsigned char recHeaders, const char* userHeader, unsigned int userHeaderSize,
+                       unsigned int dim, VX_Array<unsigned int>& freeRecSizes);
+  VX_RET_STATUS openExisting(const char* path, VX_FILE_MODE mode, unsigned char buffered, unsigned int bufferSize,
+                             unsigned int& userHeaderSize, char** userHeader, unsigned int& recSize);
+  VX_RET_STATUS copyFrom(const VX_FileBinaryRec& other);
+  // Undoes a failed open: our state, and the stream when this call opened it.
+  VX_RET_STATUS abandon(VX_RET_STATUS status, bool streamOpened);
+
+  // Raw transfers at an offset, bypassing the record layer.
+  VX_RET_STATUS readAt(long offset, void* data, unsigned int size);
+  VX_RET_STATUS writeAt(long offset, const void* data, unsigned int size);
+  VX_RET_STATUS readRecHdr(long offset, VX_FileBinrecRecHdr& rec);
+  VX_RET_STATUS writeRecHdr(long offset, const VX_FileBinrecRecHdr& rec);
+  // The table at the current position, which must be 116.
+  VX_RET_STATUS tableIO(bool writing);
+  // The file header followed by the table (at 0), or the table alone (at 116).
+  VX_RET_STATUS writeHeaderAndTable();
+  VX_RET_STATUS writeTable();
+  VX_RET_STATUS readTable();
+  // The record written last must reach the file now, so that a full disk shows at the write
+  // that met it; what a refused flush could not write is discarded.
+  VX_RET_STATUS commitWrite();
+
+  long firstRecOffset() const;
+  unsigned int fixedRecSize();
+  // Bytes one fixed record takes on disk, its record header included.
+  unsigned int fixedRecSpan();
+  // n = size * count, checked against a fixed file's record size (0 stands for it).
+  VX_RET_STATUS recordSize(unsigned int size, unsigned int count, const char* what, unsigned int& n);
+  // Reports damage found at `offset` and yields VX_RET_ERR_FILE.
+  VX_RET_STATUS damaged(const char* what, const char* why, long offset);
+  // The header of the record at `offset` (a fixed file without record headers gets the one a
+  // live record would have), checked against the real file length: the header and the data
+  // must lie in the record area. Damage is reported (VX_RET_ERR_FILE).
+  VX_RET_STATUS recordAt(long offset, long fileLength, VX_FileBinrecRecHdr& rec, const char* what);
+  // Reads into `data` or writes from it: the sub-record range checked, then the raw transfer.
+  VX_RET_STATUS subRecord(bool writing, void* data, long recOffset, unsigned int subOffset, unsigned int size);
+  // getFreeRec with a status: damage and failed transfers are told apart from "none" (-1).
+  VX_RET_STATUS searchFreeRec(unsigned int size, unsigned char exact, unsigned char allocate, long& offset);
+  // Exact first for algorithms 0 and 1, then any fit for 1.
+  VX_RET_STATUS findFreeRec(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size, unsigned char allocate,
+                            long& offset);
+  // The end of the file, where a new record goes; -1 (reported) when it cannot be had.
+  long appendOffset();
+
+  unsigned char enabled;
+  VX_FileBinrecHdr hdr;
+  unsigned int recHdrSize;
+  unsigned char variable;
+  VX_Array<VX_FileBinrecTblEntry> freeRecTbl;
+};
+
+#endif

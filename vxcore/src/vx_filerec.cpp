@@ -1,0 +1,1063 @@
+// The binary record file.
+#define VX_MODULE_LABEL ".\\src\\vx_file"
+
+#include "vx_filerec.h"
+
+#include <stdio_ext.h>
+
+#include <cstdint>
+#include <cstring>
+
+#include "vx_report.h"
+#include "vx_strfunc.h"
+#include "vx_version.h"
+
+template class VX_Container<VX_FileBinrecTblEntry>;
+template class VX_OrdContainer<VX_FileBinrecTblEntry>;
+template class VX_I_Iterator<VX_FileBinrecTblEntry>;
+template class VX_IndContainer<VX_FileBinrecTblEntry>;
+template class VX_Array<VX_FileBinrecTblEntry>;
+
+namespace {
+
+// Offsets are stored as signed 32-bit numbers, so no record may start beyond this.
+const long MaxOffset = 0x7fffffffL;
+const char FormatVersion[] = "1.0";
+const char FormatComment[] = "Vorlaxe binary record file";
+const char* const ArgHeading = "VX_FileBinaryRec arg verification()";
+const char* const IoHeading = "VX_FileBinaryRec read/write";
+const char* const DumpStars = "****************************************************\n";
+enum : unsigned { VersionField = 33, CommentField = 65, TableChunk = 64 };
+
+// Header field offsets inside the 116 bytes.
+enum : unsigned {
+  AtHdrSize = 0,
+  AtVersion = 4,
+  AtComment = 37,
+  AtReserved = 102,
+  AtUserHdrSize = 104,
+  AtDim = 108,
+  AtRecHeaders = 112,
+  AtReserved2 = 113
+};
+
+void invert(char* bytes, unsigned count) {
+  VX_escanBuffer(reinterpret_cast<unsigned char*>(bytes), static_cast<int>(count));
+}
+
+// A text field as stored: at most size - 1 characters in a zeroed field, then every byte inverted.
+void storeTextField(char* field, unsigned size, const char* text) {
+  std::memset(field, 0, size);
+  std::strncpy(field, text, size - 1);
+  invert(field, size);
+}
+
+// The readable text of a stored field, always terminated.
+void loadTextField(char* out, const char* field, unsigned size) {
+  std::memcpy(out, field, size);
+  invert(out, size);
+  out[size - 1] = '\0';
+}
+
+void encodeHeader(const VX_FileBinrecHdr& h, char* out) {
+  VX_putLE(out + AtHdrSize, h.base.hdrSize, 4);
+  std::memcpy(out + AtVersion, h.base.version, VersionField);
+  std::memcpy(out + AtComment, h.base.comment, CommentField);
+  std::memcpy(out + AtReserved, h.base.reserved, 2);
+  VX_putLE(out + AtUserHdrSize, h.userHdrSize, 4);
+  VX_putLE(out + AtDim, h.dim, 4);
+  out[AtRecHeaders] = static_cast<char>(h.recHeaders);
+  std::memcpy(out + AtReserved2, h.reserved, 3);
+}
+
+void decodeHeader(const char* in, VX_FileBinrecHdr& h) {
+  h.base.hdrSize = static_cast<unsigned>(VX_getLE(in + AtHdrSize, 4));
+  std::memcpy(h.base.version, in + AtVersion, VersionField);
+  std::memcpy(h.base.comment, in + AtComment, CommentField);
+  std::memcpy(h.base.reserved, in + AtReserved, 2);
+  h.userHdrSize = static_cast<unsigned>(VX_getLE(in + AtUserHdrSize, 4));
+  h.dim = static_cast<unsigned>(VX_getLE(in + AtDim, 4));
+  h.recHeaders = static_cast<unsigned char>(in[AtRecHeaders]);
+  std::memcpy(h.reserved, in + AtReserved2, 3);
+}
+
+void encodeRecHdr(const VX_FileBinrecRecHdr& r, char* out) {
+  out[0] = static_cast<char>(r.deleted);
+  std::memcpy(out + 1, r.reserved, 3);
+  VX_putLE(out + 4, r.size, 4);
+  VX_putLE(out + 8, static_cast<uint32_t>(r.nextFree), 4);
+}
+
+void decodeRecHdr(const char* in, VX_FileBinrecRecHdr& r) {
+  r.deleted = static_cast<unsigned char>(in[0]);
+  std::memcpy(r.reserved, in + 1, 3);
+  r.size = static_cast<unsigned>(VX_getLE(in + 4, 4));
+  r.nextFree = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(in + 8, 4)));
+}
+
+VX_FileBinrecRecHdr liveRecHdr(unsigned size) {
+  VX_FileBinrecRecHdr r{};
+  r.size = size;
+  r.nextFree = -1;
+  return r;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Life cycle
+
+VX_FileBinaryRec::VX_FileBinaryRec() : freeRecTbl(0, 1) {
+  VX_setUserError(0);
+  initDataMembers();
+}
+
+VX_FileBinaryRec::VX_FileBinaryRec(const char* path, unsigned char buffered, unsigned int bufferSize,
+                                   unsigned int recSize, unsigned char recHeaders, const char* userHeader,
+                                   unsigned int userHeaderSize, unsigned int dim,
+                                   VX_Array<unsigned int>& freeRecSizes)
+    : freeRecTbl(0, 1) {
+  VX_setUserError(0);
+  initDataMembers();
+  if (create(path, buffered, bufferSize, recSize, recHeaders, userHeader, userHeaderSize, dim, freeRecSizes) > 2)
+    enabled = 0;
+}
+
+VX_FileBinaryRec::VX_FileBinaryRec(const char* path, VX_FILE_MODE mode, unsigned char buffered,
+                                   unsigned int bufferSize, unsigned int& userHeaderSize, char** userHeader,
+                                   unsigned int& recSize)
+    : freeRecTbl(0, 1) {
+  VX_setUserError(0);
+  initDataMembers();
+  if (openExisting(path, mode, buffered, bufferSize, userHeaderSize, userHeader, recSize) > 2) enabled = 0;
+}
+
+VX_FileBinaryRec::VX_FileBinaryRec(const VX_FileBinaryRec& other) : VX_FileBinary(other), freeRecTbl(0, 1) {
+  VX_setUserError(0);
+  initDataMembers();
+  if (!other.enabled) {
+    enabled = 0;
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return;
+  }
+  if (copyFrom(other) > 2) enabled = 0;
+}
+
+VX_FileBinaryRec::~VX_FileBinaryRec() {
+  if (enabled && fileStream()) close();
+  cleanupDataMembers();
+}
+
+VX_FileBinaryRec& VX_FileBinaryRec::operator=(const VX_FileBinaryRec& other) {
+  VX_setUserError(0);
+  if (&other == this) return *this;
+  if (!enabled || !other.enabled) {
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
+    return *this;
+  }
+  VX_FileBinary::operator=(other);
+  copyFrom(other);
+  return *this;
+}
+
+// Takes the other object's header and table; when the table cannot be copied this object lets
+// go of the shared stream and is left closed, never half copied.
+VX_RET_STATUS VX_FileBinaryRec::copyFrom(const VX_FileBinaryRec& other) {
+  freeRecTbl = other.freeRecTbl;
+  if (freeRecTbl.numElems() != other.freeRecTbl.numElems()) {
+    VX_FileBinary::close();
+    cleanupDataMembers();
+    initDataMembers();
+    return VX_RET_ERR_MEM;  // the array has reported it
+  }
+  hdr = other.hdr;
+  recHdrSize = other.recHdrSize;
+  variable = other.variable;
+  return VX_RET_TRUE;
+}
+
+void VX_FileBinaryRec::initDataMembers() {
+  enabled = 1;
+  std::memset(&hdr, 0, sizeof hdr);
+  recHdrSize = VX_FILE_BINREC_REC_HDR_SIZE;
+  variable = 0;
+  freeRecTbl.reallocate(0);
+}
+
+void VX_FileBinaryRec::cleanupDataMembers() {
+  freeRecTbl.reallocate(0);
+  std::memset(&hdr, 0, sizeof hdr);
+  variable = 0;
+  enabled = 0;
+}
+
+unsigned char VX_FileBinaryRec::operator==(const VX_FileBinaryRec& other) const {
+  VX_setUserError(0);
+  return VX_File::operator==(other);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::usable(unsigned line) {
+  if (!enabled || !VX_FileBinary::objIsEnabled() || !fileStream())
+    return VX_reportFail(VX_RET_ERR_POBJ, VX_MODULE_LABEL, line);
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::abandon(VX_RET_STATUS status, bool streamOpened) {
+  if (streamOpened) VX_FileBinary::close();
+  cleanupDataMembers();
+  initDataMembers();
+  return status;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Creating and opening
+
+VX_RET_STATUS VX_FileBinaryRec::open(const char* path, unsigned char buffered, unsigned int bufferSize,
+                                     unsigned int recSize, unsigned char recHeaders, const char* userHeader,
+                                     unsigned int userHeaderSize, unsigned int dim,
+                                     VX_Array<unsigned int>& freeRecSizes) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return create(path, buffered, bufferSize, recSize, recHeaders, userHeader, userHeaderSize, dim, freeRecSizes);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::open(const char* path, VX_FILE_MODE mode, unsigned char buffered,
+                                     unsigned int bufferSize, unsigned int& userHeaderSize, char** userHeader,
+                                     unsigned int& recSize) {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  return openExisting(path, mode, buffered, bufferSize, userHeaderSize, userHeader, recSize);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::verifyArgs(unsigned int recSize, unsigned char recHeaders, unsigned int& dim,
+                                           VX_Array<unsigned int>& freeRecSizes) {
+  VX_setUserError(0);
+  VX_RET_STATUS result = VX_RET_TRUE;
+  if (recSize == 0 && !recHeaders) {
+    VX_REPORT_ERROR(ArgHeading, "Variable records require record headers");
+    result = VX_RET_FALSE;
+  }
+  if (dim == 0) {
+    dim = 1;
+    if (recSize == 0) VX_REPORT_WARNING(ArgHeading, "Free record table dim must be at least 1.\nIncreasing dim to 1");
+  }
+  if (recSize != 0 && dim > 1) VX_REPORT_WARNING(ArgHeading, "Fixed record files only use free record table dim of 1");
+  if (recSize == 0) {
+    bool catchAll = false;
+    for (unsigned i = 0; i < dim && i < freeRecSizes.numElems(); ++i) catchAll = catchAll || freeRecSizes[i] == 0;
+    if (!catchAll) {
+      VX_REPORT_ERROR(ArgHeading, "Variable record files must specify one free record size of 0");
+      result = VX_RET_FALSE;
+    }
+  }
+  return result;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::create(const char* path, unsigned char buffered, unsigned int bufferSize,
+                                       unsigned int recSize, unsigned char recHeaders, const char* userHeader,
+                                       unsigned int userHeaderSize, unsigned int dim,
+                                       VX_Array<unsigned int>& freeRecSizes) {
+  if (fileStream()) return VX_FAIL(VX_RET_ERR_CALL);  // the open file stays as it is
+  cleanupDataMembers();
+  initDataMembers();
+  VX_RET_STATUS st = VX_FileBinary::open(path, VX_FILE_CREATE, buffered, bufferSize);
+  if (st > 2) return abandon(st, false);
+  verifyArgs(recSize, recHeaders, dim, freeRecSizes);  // reported; creation goes on regardless
+  if (getMode() != VX_FILE_CREATE) return abandon(VX_FAIL(VX_RET_ERR_CALL), true);
+  if (userHeaderSize && !userHeader) return abandon(VX_FAIL(VX_RET_ERR_ARG), true);
+  uint64_t firstRecord = VX_FILE_BINREC_HDR_SIZE + uint64_t{VX_FILE_BINREC_TBL_ENTRY_SIZE} * dim + userHeaderSize;
+  if (firstRecord > static_cast<uint64_t>(MaxOffset) || recSize > static_cast<unsigned long>(MaxOffset)) {
+    VX_REPORT_ERROR(ArgHeading, "Free record table (%u entries), user header (%u bytes) or record size (%u) too large "
+                    "for a file\n", dim, userHeaderSize, recSize);
+    return abandon(VX_FAIL(VX_RET_ERR_ARG), true);
+  }
+
+  st = freeRecTbl.reallocate(dim);
+  if (st > 2) return abandon(st, true);
+  for (unsigned i = 0; i < dim; ++i) {
+    // Sizes the caller did not list serve as catch-all lists.
+    unsigned size = recSize ? recSize : i < freeRecSizes.numElems() ? freeRecSizes[i] : 0;
+    freeRecTbl[i] = VX_FileBinrecTblEntry{size, -1};
+  }
+  hdr.base.hdrSize = VX_FILE_BINREC_HDR_SIZE;
+  storeTextField(hdr.base.version, VersionField, FormatVersion);
+  storeTextField(hdr.base.comment, CommentField, FormatComment);
+  hdr.userHdrSize = userHeaderSize;
+  hdr.dim = dim;
+  hdr.recHeaders = recHeaders;
+  variable = !(dim == 1 && freeRecTbl[0].recSize != 0);
+
+  st = writeHeaderAndTable();
+  if (st <= 2 && userHeaderSize) st = writeAt(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * dim, userHeader,
+                                              userHeaderSize);
+  if (st <= 2) st = commitWrite();
+  if (st > 2) return abandon(st, true);
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode, unsigned char buffered,
+                                             unsigned int bufferSize, unsigned int& userHeaderSize,
+                                             char** userHeader, unsigned int& recSize) {
+  userHeaderSize = 0;
+  recSize = 0;
+  if (userHeader) *userHeader = nullptr;
+  if (mode == VX_FILE_CREATE) return VX_FAIL(VX_RET_ERR_ARG);
+  if (fileStream()) return VX_FAIL(VX_RET_ERR_CALL);  // the open file stays as it is
+  cleanupDataMembers();
+  initDataMembers();
+  VX_RET_STATUS st = VX_FileBinary::open(path, mode, buffered, bufferSize);
+  if (st > 2) return abandon(st, false);
+
+  const char* heading = "VX_FileBinaryRec open";
+  long fileLength = length();
+  char raw[VX_FILE_BINREC_HDR_SIZE];
+  char version[VersionField];
+  bool recognised = fileLength >= static_cast<long>(VX_FILE_BINREC_HDR_SIZE);
+  if (recognised) {
+    st = readAt(0, raw, VX_FILE_BINREC_HDR_SIZE);
+    if (st > 2) return abandon(st, true);
+    decodeHeader(raw, hdr);
+    loadTextField(version, hdr.base.version, VersionField);
+    recognised = std::strcmp(version, FormatVersion) == 0;
+  }
+  if (!recognised) {
+    VX_mesg("Error", "Unrecognized binary file");
+    return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
+  }
+
+  // Everything the header claims must lie inside the file before anything is sized from it.
+  uint64_t firstRecord = VX_FILE_BINREC_HDR_SIZE + uint64_t{VX_FILE_BINREC_TBL_ENTRY_SIZE} * hdr.dim + hdr.userHdrSize;
+  const char* damage = nullptr;
+  if (hdr.base.hdrSize != VX_FILE_BINREC_HDR_SIZE)
+    damage = "header size is not 116";
+  else if (hdr.dim == 0)
+    damage = "free record table is empty";
+  else if (firstRecord > static_cast<uint64_t>(fileLength))
+    damage = "free record table or user header runs past the end of the file";
+  if (damage) {
+    VX_REPORT_ERROR(heading, "Damaged record file <%s>: %s\n", path, damage);
+    return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
+  }
+
+  st = freeRecTbl.reallocate(hdr.dim);
+  if (st <= 2) st = readTable();
+  if (st > 2) return abandon(st, true);
+  variable = !(hdr.dim == 1 && freeRecTbl[0].recSize != 0);
+  if (!variable && freeRecTbl[0].recSize > static_cast<unsigned long>(MaxOffset)) {
+    VX_REPORT_ERROR(heading, "Damaged record file <%s>: record size %u is larger than any file\n", path,
+                    freeRecTbl[0].recSize);
+    return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
+  }
+  if (hdr.recHeaders) {
+    for (unsigned i = 0; i < hdr.dim; ++i) {
+      long first = freeRecTbl[i].firstFree;
+      if (first != -1 && (first < firstRecOffset() || first + long{VX_FILE_BINREC_REC_HDR_SIZE} > fileLength)) {
+        VX_REPORT_ERROR(heading, "Damaged record file <%s>: free list %u starts outside the records (%ld)\n", path, i,
+                        first);
+        return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
+      }
+    }
+  }
+  if (userHeader) {
+    st = readUserHeader(userHeader, userHeaderSize);
+    if (st > 2) return abandon(st, true);
+  }
+  st = seek(firstRecOffset(), 0);
+  if (st > 2) {
+    if (userHeader) {
+      VX_free(*userHeader);
+      *userHeader = nullptr;
+    }
+    return abandon(st, true);
+  }
+  userHeaderSize = hdr.userHdrSize;
+  recSize = hdr.dim < 2 ? freeRecTbl[0].recSize : 0;
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::close() {
+  VX_setUserError(0);
+  if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  VX_RET_STATUS st = VX_RET_TRUE;
+  if (fileStream() && getMode() != VX_FILE_READ && freeRecTbl.numElems() == hdr.dim && hdr.dim) {
+    st = writeTable();
+    if (st <= 2) st = commitWrite();
+  }
+  cleanupDataMembers();
+  VX_RET_STATUS closed = VX_FileBinary::close();
+  initDataMembers();
+  return st > 2 ? st : closed;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Layout helpers
+
+long VX_FileBinaryRec::firstRecOffset() const {
+  return static_cast<long>(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * uint64_t{hdr.dim} +
+                           hdr.userHdrSize);
+}
+
+unsigned int VX_FileBinaryRec::fixedRecSize() { return variable || !freeRecTbl.numElems() ? 0 : freeRecTbl[0].recSize; }
+
+unsigned int VX_FileBinaryRec::fixedRecSpan() {
+  return fixedRecSize() + (hdr.recHeaders ? recHdrSize : 0);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::verifyOffset(long offset) {
+  VX_setUserError(0);
+  long rel = offset - firstRecOffset();
+  if (rel < 0 || (!variable && fixedRecSpan() && rel % fixedRecSpan() != 0)) {
+    VX_REPORT_ERROR(IoHeading, "Invalid file offset for read/write operation: %ld\n", offset);
+    return VX_RET_FALSE;
+  }
+  return VX_RET_TRUE;
+}
+
+unsigned int VX_FileBinaryRec::getFreeRecTblIndex(unsigned int size) {
+  VX_setUserError(0);
+  if (!variable) return 0;
+  for (unsigned i = 0; i < freeRecTbl.numElems(); ++i)
+    if (freeRecTbl[i].recSize == size) return i;
+  return 0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Raw transfers
+
+VX_RET_STATUS VX_FileBinaryRec::readAt(long offset, void* data, unsigned int size) {
+  VX_RET_STATUS st = seek(offset, 0);
+  if (st <= 2 && size) st = VX_FileBinary::read(data, size, 1);
+  return st;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::writeAt(long offset, const void* data, unsigned int size) {
+  VX_RET_STATUS st = seek(offset, 0);
+  if (st <= 2 && size) st = VX_FileBinary::write(data, size, 1);
+  return st;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::readRecHdr(long offset, VX_FileBinrecRecHdr& rec) {
+  char raw[VX_FILE_BINREC_REC_HDR_SIZE];
+  VX_RET_STATUS st = readAt(offset, raw, sizeof raw);
+  if (st <= 2) decodeRecHdr(raw, rec);
+  return st;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::writeRecHdr(long offset, const VX_FileBinrecRecHdr& rec) {
+  char raw[VX_FILE_BINREC_REC_HDR_SIZE];
+  encodeRecHdr(rec, raw);
+  return writeAt(offset, raw, sizeof raw);
+}
+
+// The table moves in small chunks through a buffer on the stack, whatever its dim.
+VX_RET_STATUS VX_FileBinaryRec::tableIO(bool writing) {
+  char raw[TableChunk * VX_FILE_BINREC_TBL_ENTRY_SIZE];
+  unsigned dim = freeRecTbl.numElems();
+  for (unsigned done = 0; done < dim;) {
+    unsigned n = dim - done < TableChunk ? dim - done : TableChunk;
+    unsigned bytes = n * VX_FILE_BINREC_TBL_ENTRY_SIZE;
+    if (writing) {
+      for (unsigned i = 0; i < n; ++i) {
+        VX_FileBinrecTblEntry& e = freeRecTbl[done + i];
+        VX_putLE(raw + 8 * i, e.recSize, 4);
+        VX_putLE(raw + 8 * i + 4, static_cast<uint32_t>(e.firstFree), 4);
+      }
+      VX_RET_STATUS st = VX_FileBinary::write(raw, bytes, 1);
+      if (st > 2) return st;
+    } else {
+      VX_RET_STATUS st = VX_FileBinary::read(raw, bytes, 1);
+      if (st > 2) return st;
+      for (unsigned i = 0; i < n; ++i) {
+        freeRecTbl[done + i].recSize = static_cast<unsigned>(VX_getLE(raw + 8 * i, 4));
+        freeRecTbl[done + i].firstFree = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(raw + 8 * i + 4, 4)));
+      }
+    }
+    done += n;
+  }
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::writeHeaderAndTable() {
+  char raw[VX_FILE_BINREC_HDR_SIZE];
+  encodeHeader(hdr, raw);
+  VX_RET_STATUS st = writeAt(0, raw, sizeof raw);
+  return st > 2 ? st : tableIO(true);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::writeTable() {
+  VX_RET_STATUS st = seek(VX_FILE_BINREC_HDR_SIZE, 0);
+  return st > 2 ? st : tableIO(true);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::readTable() {
+  VX_RET_STATUS st = seek(VX_FILE_BINREC_HDR_SIZE, 0);
+  return st > 2 ? st : tableIO(false);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::commitWrite() {
+  std::FILE* fp = fileStream();
+  if (std::fflush(fp) == 0) return VX_RET_TRUE;
+  __fpurge(fp);
+  std::clearerr(fp);
+  VX_REPORT_ERROR("write()", "fwrite() failed.");
+  return VX_RET_ERR_GEN;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Checks against damage
+
+VX_RET_STATUS VX_FileBinaryRec::damaged(const char* what, const char* why, long offset) {
+  VX_String name;
+  getFileName(name);
+  const char* shown = name;
+  VX_REPORT_ERROR(what, "Damaged record file <%s>: %s (offset %ld)\n", shown ? shown : "?", why, offset);
+  return VX_FAIL(VX_RET_ERR_FILE);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::recordAt(long offset, long fileLength, VX_FileBinrecRecHdr& rec, const char* what) {
+  if (offset < firstRecOffset() || offset > fileLength) return damaged(what, "record outside the record area", offset);
+  if (!hdr.recHeaders) {
+    if (variable) {
+      VX_REPORT_ERROR(what, "Records of a variable file without record headers cannot be walked\n");
+      return VX_FAIL(VX_RET_ERR_GEN);
+    }
+    rec = liveRecHdr(fixedRecSize());
+  } else {
+    if (offset + long{VX_FILE_BINREC_REC_HDR_SIZE} > fileLength)
+      return damaged(what, "record header runs past the end of the file", offset);
+    VX_RET_STATUS st = readRecHdr(offset, rec);
+    if (st > 2) return st;
+  }
+  uint64_t span = variable ? uint64_t{recHdrSize} + rec.size : fixedRecSpan();
+  if (static_cast<uint64_t>(offset) + span > static_cast<uint64_t>(fileLength))
+    return damaged(what, "record runs past the end of the file", offset);
+  return VX_RET_TRUE;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Records at the current position
+
+VX_RET_STATUS VX_FileBinaryRec::recordSize(unsigned int size, unsigned int count, const char* what,
+                                           unsigned int& n) {
+  uint64_t bytes = uint64_t{size} * count;
+  if (bytes > 0xffffffffu) return VX_FAIL(VX_RET_ERR_ARG);
+  n = static_cast<unsigned>(bytes);
+  if (n == 0 && !variable) n = fixedRecSize();
+  if (!variable && n != fixedRecSize()) {
+    VX_REPORT_ERROR(what, "Size of data block (%u) is different than predefined size (%u)\n", n, fixedRecSize());
+    return VX_FAIL(VX_RET_ERR_ARG);
+  }
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::write(void const* data, unsigned int size, unsigned int count) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  verifyOffset(tell());
+  if (!data) return VX_FAIL(VX_RET_ERR_ARG);
+  unsigned n = 0;
+  st = recordSize(size, count, "VX_FileBinaryRec write", n);
+  if (st > 2) return st;
+  if (n == 0) return VX_RET_TRUE;  // only a variable file gets here
+  if (hdr.recHeaders) {
+    char raw[VX_FILE_BINREC_REC_HDR_SIZE];
+    encodeRecHdr(liveRecHdr(n), raw);
+    st = VX_FileBinary::write(raw, sizeof raw, 1);
+  }
+  if (st <= 2) st = VX_FileBinary::write(data, n, 1);
+  if (st > 2) {
+    __fpurge(fileStream());  // what did not fit must not reach the file later
+    return st;
+  }
+  return commitWrite();
+}
+
+VX_RET_STATUS VX_FileBinaryRec::read(void* data, unsigned int size, unsigned int count) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  verifyOffset(tell());
+  if (!data) return VX_FAIL(VX_RET_ERR_ARG);
+  unsigned n = 0;
+  st = recordSize(size, count, "VX_FileBinaryRec read", n);
+  if (st > 2) return st;
+  if (hdr.recHeaders) {
+    char raw[VX_FILE_BINREC_REC_HDR_SIZE];
+    st = VX_FileBinary::read(raw, sizeof raw, 1);
+    if (st > 2) return st;
+  }
+  return n ? VX_FileBinary::read(data, n, 1) : VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::read(VX_Memory& mem) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (!variable || !hdr.recHeaders) {
+    unsigned n = variable ? mem.memSize() : fixedRecSize();
+    if (!variable) st = mem.memGet(n);
+    if (st > 2) return st;
+    return n ? read(mem.memPtr(), n, 1) : VX_RET_TRUE;
+  }
+  // The size comes from the record header and is trusted only as far as the file reaches.
+  verifyOffset(tell());
+  long offset = tell();
+  long fileLength = length();
+  VX_FileBinrecRecHdr rec;
+  st = recordAt(offset, fileLength, rec, "VX_FileBinaryRec read");
+  if (st > 2) return st;
+  st = mem.memGet(rec.size);
+  if (st <= 2) st = readAt(offset + recHdrSize, mem.memPtr(), rec.size);
+  return st;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::write(VX_Memory& mem) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (!mem.memPtr() && variable) return VX_RET_TRUE;  // an empty block is an empty record
+  return write(mem.memPtr(), mem.memSize(), 1);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::read(VX_Persistable& obj) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  return st > 2 ? st : readObject(obj, 0, false);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::read(VX_Persistable& obj, unsigned int size) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  return st > 2 ? st : readObject(obj, size, true);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::write(VX_Persistable& obj) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  return st > 2 ? st : writeObject(obj);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Sub-records
+
+VX_RET_STATUS VX_FileBinaryRec::subRecord(bool writing, void* data, long recOffset, unsigned int subOffset,
+                                          unsigned int size) {
+  const char* what = writing ? "VX_FileBinaryRec writeSubRec" : "VX_FileBinaryRec readSubRec";
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  verifyOffset(recOffset);
+  if (!data && size) return VX_FAIL(VX_RET_ERR_ARG);
+  unsigned recordBytes = fixedRecSize();
+  long dataStart = recOffset + (hdr.recHeaders ? recHdrSize : 0);
+  if (variable) {
+    if (!hdr.recHeaders) {
+      recordBytes = 0xffffffffu;  // nothing on disk says where such a record ends
+    } else {
+      long fileLength = length();
+      if (recOffset < firstRecOffset() || recOffset + long{VX_FILE_BINREC_REC_HDR_SIZE} > fileLength) {
+        VX_REPORT_ERROR(what, "No record at offset %ld\n", recOffset);
+        return VX_FAIL(VX_RET_ERR_ARG);
+      }
+      VX_FileBinrecRecHdr rec;
+      st = recordAt(recOffset, fileLength, rec, what);
+      if (st > 2) return st;
+      recordBytes = rec.size;
+    }
+  }
+  if (uint64_t{subOffset} + size > recordBytes) {
+    VX_REPORT_ERROR(what, "Sub-record of %u bytes at %u lies outside the record's %u bytes\n", size, subOffset,
+                    recordBytes);
+    return VX_FAIL(VX_RET_ERR_ARG);
+  }
+  if (writing) {
+    st = writeAt(dataStart + subOffset, data, size);
+    return st > 2 ? st : commitWrite();
+  }
+  return readAt(dataStart + subOffset, data, size);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::readSubRec(void* data, long recOffset, unsigned int subOffset, unsigned int size) {
+  VX_setUserError(0);
+  return subRecord(false, data, recOffset, subOffset, size);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::writeSubRec(void const* data, long recOffset, unsigned int subOffset,
+                                            unsigned int size) {
+  VX_setUserError(0);
+  return subRecord(true, const_cast<void*>(data), recOffset, subOffset, size);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::readSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset,
+                                           unsigned int size) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = mem.memGet(size);
+  return st > 2 ? st : subRecord(false, mem.memPtr(), recOffset, subOffset, size);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::writeSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset) {
+  VX_setUserError(0);
+  return subRecord(true, mem.memPtr(), recOffset, subOffset, mem.memSize());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Free records
+
+long VX_FileBinaryRec::appendOffset() {
+  if (seek(0, 2) > 2) return -1;
+  long end = tell();
+  if (end > MaxOffset) {
+    VX_REPORT_ERROR("VX_FileBinaryRec getFreeRec", "The file is full: records cannot start beyond offset %ld\n",
+                    MaxOffset);
+    VX_REPORT_STATUS(VX_RET_ERR_GEN);
+    return -1;
+  }
+  return end;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::searchFreeRec(unsigned int size, unsigned char exact, unsigned char allocate,
+                                              long& offset) {
+  const char* what = "VX_FileBinaryRec getFreeRec";
+  offset = -1;
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (!hdr.recHeaders) return VX_RET_FALSE;
+  if (!variable && size != fixedRecSize()) {
+    VX_mesg("Error message", "getFreeRec(): incorrect record size %u\n              File records are %u in size\n",
+            size, fixedRecSize());
+    return VX_RET_FALSE;
+  }
+  VX_FileBinrecTblEntry& list = freeRecTbl[getFreeRecTblIndex(size)];
+  if (list.firstFree == -1) {
+    offset = appendOffset();
+    return offset == -1 ? VX_RET_ERR_GEN : VX_RET_TRUE;
+  }
+  long fileLength = length();
+  if (fileLength < 0) return VX_RET_ERR_GEN;
+  VX_FileBinrecRecHdr rec;
+
+  if (!variable) {
+    long head = list.firstFree;
+    st = recordAt(head, fileLength, rec, what);
+    if (st > 2) return st;
+    if (!rec.deleted) return damaged(what, "free list holds a live record", head);
+    list.firstFree = rec.nextFree;
+    st = writeHeaderAndTable();
+    if (st <= 2) st = commitWrite();
+    if (st > 2) {
+      list.firstFree = static_cast<int>(head);
+      return st;
+    }
+    offset = head;
+    return VX_RET_TRUE;
+  }
+
+  // A list longer than the number of records the file can hold has come back on itself.
+  uint64_t maxRecords = static_cast<uint64_t>(fileLength - firstRecOffset()) / recHdrSize + 1;
+  long prev = -1;
+  VX_FileBinrecRecHdr prevRec{};
+  long cur = list.firstFree;
+  for (uint64_t steps = 0; cur != -1; ++steps) {
+    if (steps >= maxRecords) return damaged(what, "free list loops", list.firstFree);
+    st = recordAt(cur, fileLength, rec, what);
+    if (st > 2) return st;
+    if (rec.deleted && (rec.size == size || (!exact && uint64_t{recHdrSize} + size <= rec.size))) break;
+    prev = cur;
+    prevRec = rec;
+    cur = rec.nextFree;
+  }
+  if (cur == -1) return VX_RET_FALSE;
+  if (!allocate) {
+    offset = cur;
+    return VX_RET_TRUE;
+  }
+
+  long successor = rec.nextFree;
+  if (rec.size != size) {
+    // The rest of the record stays free, in the matched record's place in the list.
+    VX_FileBinrecRecHdr rest = rec;
+    rest.size = rec.size - (recHdrSize + size);
+    successor = cur + recHdrSize + size;
+    st = writeRecHdr(successor, rest);
+    if (st > 2) return st;
+  }
+  if (prev == -1) {
+    long head = list.firstFree;
+    list.firstFree = static_cast<int>(successor);
+    st = writeHeaderAndTable();
+    if (st > 2) list.firstFree = static_cast<int>(head);
+  } else {
+    prevRec.nextFree = static_cast<int>(successor);
+    st = writeRecHdr(prev, prevRec);
+  }
+  if (st <= 2) st = commitWrite();
+  if (st > 2) return st;
+  offset = cur;
+  return VX_RET_TRUE;
+}
+
+long VX_FileBinaryRec::getFreeRec(unsigned int size, unsigned char exact, unsigned char allocate) {
+  VX_setUserError(0);
+  long offset = -1;
+  return searchFreeRec(size, exact, allocate, offset) > 2 ? -1 : offset;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::findFreeRec(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size,
+                                            unsigned char allocate, long& offset) {
+  VX_RET_STATUS st = searchFreeRec(size, algo != VX_BINREC_SEARCH_FIRST_FIT, allocate, offset);
+  if (st <= 2 && offset == -1 && algo == VX_BINREC_SEARCH_EXACT_THEN_FIT) st = searchFreeRec(size, 0, allocate, offset);
+  return st;
+}
+
+long VX_FileBinaryRec::getAvailableRecOffset(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size) {
+  VX_setUserError(0);
+  long offset = -1;
+  if (findFreeRec(algo, size, 0, offset) > 2) return -1;
+  return offset == -1 ? appendOffset() : offset;
+}
+
+long VX_FileBinaryRec::autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size) {
+  VX_setUserError(0);
+  if (usable(__LINE__) > 2) return -1;
+  if (!data) {
+    VX_REPORT_STATUS(VX_RET_ERR_ARG);
+    return -1;
+  }
+  if (!variable && size == 0) size = fixedRecSize();
+  long offset = -1;
+  if (findFreeRec(algo, size, 1, offset) > 2) return -1;
+  if (offset == -1) {
+    offset = appendOffset();
+    if (offset == -1) return -1;
+  } else if (seek(offset, 0) > 2) {
+    return -1;
+  }
+  return write(data, size, 1) > 2 ? -1 : offset;
+}
+
+long VX_FileBinaryRec::autoWrite(VX_Memory& mem, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo) {
+  VX_setUserError(0);
+  return autoWrite(mem.memPtr(), algo, mem.memSize());
+}
+
+VX_RET_STATUS VX_FileBinaryRec::deleteRec(long offset) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (!hdr.recHeaders) {
+    VX_REPORT_ERROR("VX_FileBinaryRec deleteRec", "Records without record headers cannot be deleted\n");
+    return VX_FAIL(VX_RET_ERR_GEN);
+  }
+  verifyOffset(offset);
+  if (offset > MaxOffset) return VX_FAIL(VX_RET_ERR_ARG);
+  VX_FileBinrecRecHdr rec;
+  st = readRecHdr(offset, rec);
+  if (st > 2) return st;
+  if (rec.deleted) return seek(offset, 0) > 2 ? VX_RET_ERR_GEN : VX_RET_FALSE;
+  VX_FileBinrecTblEntry& list = freeRecTbl[getFreeRecTblIndex(rec.size)];
+  rec.deleted = 1;
+  rec.nextFree = list.firstFree;
+  st = writeRecHdr(offset, rec);
+  if (st <= 2) st = commitWrite();
+  if (st > 2) return st;
+  list.firstFree = static_cast<int>(offset);
+  return seek(offset, 0);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::isDeleted() {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (!hdr.recHeaders) return VX_RET_FALSE;
+  long pos = tell();
+  VX_FileBinrecRecHdr rec;
+  st = readRecHdr(pos, rec);
+  VX_RET_STATUS back = seek(pos, 0);
+  if (st > 2) return st;
+  if (back > 2) return back;
+  return rec.deleted ? VX_RET_TRUE : VX_RET_FALSE;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::hasDeletedRecords() {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  for (unsigned i = 0; i < freeRecTbl.numElems(); ++i)
+    if (freeRecTbl[i].firstFree != -1) return VX_RET_TRUE;
+  return VX_RET_FALSE;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Walking records
+
+VX_RET_STATUS VX_FileBinaryRec::positionRec(unsigned long n) {
+  VX_setUserError(0);
+  const char* what = "VX_FileBinaryRec positionRec";
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (n == 0) n = 1;
+  if (!variable) {
+    uint64_t span = fixedRecSpan();
+    if (span && (n - 1) > static_cast<uint64_t>(MaxOffset) / span) {
+      VX_REPORT_ERROR(what, "Record %lu lies beyond the largest file offset\n", n);
+      return VX_FAIL(VX_RET_ERR_ARG);
+    }
+    return seek(static_cast<long>(firstRecOffset() + (n - 1) * span), 0);
+  }
+  long saved = tell();
+  long fileLength = length();
+  long pos = firstRecOffset();
+  for (unsigned long i = 1; i < n && st <= 2; ++i) {
+    if (pos >= fileLength) {
+      VX_REPORT_ERROR(what, "The file holds fewer than %lu records\n", n);
+      st = VX_FAIL(VX_RET_ERR_GEN);
+      break;
+    }
+    VX_FileBinrecRecHdr rec;
+    st = recordAt(pos, fileLength, rec, what);
+    pos += recHdrSize + rec.size;
+  }
+  if (st > 2) {
+    seek(saved, 0);
+    return st;
+  }
+  return seek(pos, 0);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::recAdvance() {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  long pos = tell();
+  long fileLength = length();
+  if (pos < 0 || fileLength < 0) return VX_RET_ERR_GEN;
+  if (pos >= fileLength) return VX_RET_FALSE;
+  VX_FileBinrecRecHdr rec;
+  st = recordAt(pos, fileLength, rec, "VX_FileBinaryRec recAdvance");
+  if (st > 2) {
+    seek(pos, 0);
+    return st;
+  }
+  long next = pos + (variable ? recHdrSize + rec.size : fixedRecSpan());
+  st = seek(next, 0);
+  return st > 2 ? st : VX_RET_TRUE;
+}
+
+// ---------------------------------------------------------------------------------------------
+// User header
+
+VX_RET_STATUS VX_FileBinaryRec::readUserHeader(char** header, unsigned int& size) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (!header || *header) return VX_FAIL(VX_RET_ERR_ARG);
+  if (hdr.userHdrSize == 0) return VX_RET_FALSE;
+  char* block = static_cast<char*>(VX_malloc(hdr.userHdrSize));
+  if (!block) return VX_FAIL(VX_RET_ERR_MEM);
+  long saved = tell();
+  st = readAt(firstRecOffset() - hdr.userHdrSize, block, hdr.userHdrSize);
+  if (st <= 2) st = seek(saved, 0);
+  if (st > 2) {
+    VX_free(block);
+    return st;
+  }
+  *header = block;
+  size = hdr.userHdrSize;
+  return VX_RET_TRUE;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::writeUserHeader(void const* header, unsigned int size) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (size != hdr.userHdrSize) {
+    VX_REPORT_ERROR("VX_FileBinaryRec writeUserHeader", "User header size (%u) differs from the file's (%u)\n", size,
+                    hdr.userHdrSize);
+    return VX_FAIL(VX_RET_ERR_ARG);
+  }
+  if (size == 0) return VX_RET_FALSE;
+  if (!header) return VX_FAIL(VX_RET_ERR_ARG);
+  long saved = tell();
+  st = writeAt(firstRecOffset() - size, header, size);
+  if (st <= 2) st = commitWrite();
+  if (st <= 2) st = seek(saved, 0);
+  return st;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Dump
+
+VX_RET_STATUS VX_FileBinaryRec::debugDump() {
+  VX_setUserError(0);
+  const char* what = "VX_FileBinaryRec debugDump";
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  VX_OStream* outPtr = VX_coutPtr;
+  if (!outPtr) return VX_FAIL(VX_RET_ERR_CALL);
+  VX_OStream& out = *outPtr;
+  long saved = tell();
+  long fileLength = length();
+  if (saved < 0 || fileLength < 0) return VX_RET_ERR_GEN;
+
+  // The user header is shown as text, with bytes that are not printable as ".".
+  char* user = nullptr;
+  if (hdr.userHdrSize) {
+    user = static_cast<char*>(VX_malloc(hdr.userHdrSize + 1u));
+    if (!user) return VX_FAIL(VX_RET_ERR_MEM);
+    st = readAt(firstRecOffset() - hdr.userHdrSize, user, hdr.userHdrSize);
+    if (st > 2) {
+      VX_free(user);
+      seek(saved, 0);
+      return st;
+    }
+    for (unsigned i = 0; i < hdr.userHdrSize; ++i)
+      if (static_cast<unsigned char>(user[i]) < 0x20 || static_cast<unsigned char>(user[i]) > 0x7e) user[i] = '.';
+    user[hdr.userHdrSize] = '\0';
+  }
+  char version[VersionField], comment[CommentField];
+  loadTextField(version, hdr.base.version, VersionField);
+  loadTextField(comment, hdr.base.comment, CommentField);
+
+  out << DumpStars << "File header:\n";
+  out << "            File size: " << fileLength << " bytes\n\n";
+  out << "          Header size: " << hdr.base.hdrSize << "\n";
+  out << "              Version: <" << version << ">\n";
+  out << "              Comment: <" << comment << ">\n";
+  out << "     User header size: " << hdr.userHdrSize << "\n";
+  out << "          User header: ";
+  if (user)
+    out << "<" << user << ">\n";
+  else
+    out << "NULL\n";
+  out << "Free record table dim: " << hdr.dim << "\n";
+  out << "       Record headers: " << (hdr.recHeaders ? "YES" : "NO") << "\n";
+  VX_free(user);
+
+  out << "\nFree record table:\n";
+  for (unsigned i = 0; i < freeRecTbl.numElems(); ++i) {
+    out << "          Record size: ";
+    if (freeRecTbl[i].recSize)
+      out << freeRecTbl[i].recSize << "\n";
+    else
+      out << "VARIABLE\n";
+    out << "       First free rec: " << freeRecTbl[i].firstFree << "\n";
+  }
+  out << "\n";
+
+  // Every step moves forward by at least one record header, so the walk ends with the file.
+  long pos = firstRecOffset();
+  bool walkable = hdr.recHeaders || !variable;
+  for (unsigned long n = 1; walkable && pos < fileLength; ++n) {
+    VX_FileBinrecRecHdr rec;
+    st = recordAt(pos, fileLength, rec, what);
+    if (st > 2) break;
+    out << "Rec " << n << ": offset(" << pos << ")   del(" << static_cast<unsigned>(rec.deleted) << ")   size("
+        << rec.size << ")   next free(" << rec.nextFree << ")\n";
+    long span = variable ? static_cast<long>(recHdrSize + rec.size) : static_cast<long>(fixedRecSpan());
+    if (span <= 0) break;
+    pos += span;
+  }
+  out << DumpStars;
+  VX_RET_STATUS back = seek(saved, 0);
+  return st > 2 ? st : back > 2 ? back : VX_RET_TRUE;
+}
