@@ -93,13 +93,12 @@ void VX_Reporter::initDataMembers() {
 void VX_Reporter::cleanupDataMembers() { enabled = 0; }
 
 VX_RET_STATUS VX_Reporter::notEnabled(const char* operation, unsigned line) {
+  if (reportingDisabled) return VX_RET_ERR_GEN;
   std::fprintf(stderr, "VX_Reporter::%s(): object not initialized : (%s,%d)\n\n", operation, VX_MODULE_LABEL,
                static_cast<int>(line));
-  if (!reportingDisabled) {
-    reportingDisabled = true;
-    VX_REPORT_STATUS(VX_RET_ERR_GEN);
-    reportingDisabled = false;
-  }
+  reportingDisabled = true;
+  VX_REPORT_STATUS(VX_RET_ERR_GEN);
+  reportingDisabled = false;
   return VX_RET_ERR_GEN;
 }
 
