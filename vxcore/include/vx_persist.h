@@ -5,6 +5,8 @@
 #include "vx_globals.h"
 
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 class VX_Version;
 class VX_FileBinary;
@@ -72,6 +74,30 @@ inline void VX_putLE(char* at, uint64_t value, unsigned width) {
 inline uint64_t VX_getLE(const char* at, unsigned width) {
   uint64_t value = 0;
   for (unsigned i = 0; i < width; ++i) value |= static_cast<uint64_t>(static_cast<unsigned char>(at[i])) << (8 * i);
+  return value;
+}
+
+// The same for one number of any arithmetic type, as many bytes as the type has; floating
+// values keep their bit pattern.
+template <class V>
+using VX_BitsOf = std::conditional_t<
+    sizeof(V) == 8, uint64_t,
+    std::conditional_t<sizeof(V) == 4, uint32_t, std::conditional_t<sizeof(V) == 2, uint16_t, uint8_t>>>;
+
+template <class V>
+inline void VX_putLE(char* at, V value) {
+  static_assert(std::is_arithmetic<V>::value, "numbers only");
+  VX_BitsOf<V> bits;
+  std::memcpy(&bits, &value, sizeof value);
+  VX_putLE(at, static_cast<uint64_t>(bits), sizeof value);
+}
+
+template <class V>
+inline V VX_getLE(const char* at) {
+  static_assert(std::is_arithmetic<V>::value, "numbers only");
+  VX_BitsOf<V> bits = static_cast<VX_BitsOf<V>>(VX_getLE(at, sizeof(V)));
+  V value;
+  std::memcpy(&value, &bits, sizeof value);
   return value;
 }
 

@@ -260,7 +260,7 @@ VX_RET_STATUS VX_String::pack(VX_Version& version, char* buffer, unsigned int& s
   if (!buffer || storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_ARG);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   uint32_t count = memSize();
-  for (int i = 0; i < 4; ++i) buffer[i] = static_cast<char>((count >> (8 * i)) & 0xFF);
+  VX_putLE(buffer, count);
   if (count) std::memcpy(buffer + 4, chars(), count);
   size += getPackedSize(version, storage);
   return VX_RET_TRUE;
@@ -273,9 +273,7 @@ VX_RET_STATUS VX_String::unpack(VX_Version&, char* buffer, unsigned int& size, V
   size = 0;
   if (!buffer || storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_ARG);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
-  const unsigned char* bytes = reinterpret_cast<const unsigned char*>(buffer);
-  uint32_t count = 0;
-  for (int i = 0; i < 4; ++i) count |= static_cast<uint32_t>(bytes[i]) << (8 * i);
+  uint32_t count = VX_getLE<uint32_t>(buffer);
   size = 4;
   if (count == 0) {
     memFree();

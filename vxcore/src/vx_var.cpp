@@ -9,7 +9,6 @@
 
 #include "vx_file.h"
 #include "vx_numconv.h"
-#include "vx_packbytes.h"
 #include "vx_report.h"
 #include "vx_strbase.h"
 

@@ -7,7 +7,6 @@
 #include <cstring>
 
 #include "vx_file.h"
-#include "vx_packbytes.h"
 #include "vx_report.h"
 
 template class VX_Container<VX_Var>;
