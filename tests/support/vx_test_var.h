@@ -1,13 +1,34 @@
-// Test helpers for variants: a stream that records what it prints, and a class-variable
-// handler over a counted object so that tests can see every object created and disposed.
+// Test helpers for variants and variant arrays.
 #ifndef VX_TEST_VAR_H
 #define VX_TEST_VAR_H
 
+#include <gtest/gtest.h>
+
+#include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "vxcore.h"
 
 namespace vxtest {
+
+// Any version object (variants never read it), and whether `v` is the shared sink that refused
+// writes and bad accesses return.
+inline VX_Version& anyVersion() { return *reinterpret_cast<VX_Version*>(&VX_NULL_PTR); }
+inline bool isSink(const VX_Var& v) { return static_cast<const void*>(&v) == static_cast<const void*>(&VX_NULL_PTR); }
+
+// The statuses of a sequence of calls (evaluated in order), to compare with a list in one go.
+inline std::vector<int> statuses(std::initializer_list<VX_RET_STATUS> s) { return std::vector<int>(s.begin(), s.end()); }
+
+// The binary packed form of `obj`, checking that pack writes exactly getPackedSize bytes.
+template <class T>
+std::vector<char> packed(T& obj) {
+  std::vector<char> block(obj.getPackedSize(anyVersion(), VX_STORAGE_BINARY));
+  unsigned size = 0;
+  EXPECT_EQ(obj.pack(anyVersion(), block.data(), size, VX_STORAGE_BINARY), VX_RET_TRUE);
+  EXPECT_EQ(size, block.size());
+  return block;
+}
 
 // A VX_OStream whose console handler appends every piece to `text`. One at a time.
 class StreamCapture {
@@ -23,15 +44,14 @@ class StreamCapture {
   VX_OStream out;
 };
 
-// The object a pointer variant owns through `counterHandler`: packs as 4 bytes, prints as
-// "Counter(n)", compares by n.
+// What a pointer variant owns through `counterHandler`: packs as 4 bytes, prints as "Counter(n)",
+// compares by n. `liveCounters` counts those made and not yet disposed; the operation whose code
+// is in `counterFailOp` fails once.
 struct Counter {
   int n;
 };
-extern int liveCounters;   // created and not yet disposed
-extern int counterFailOp;  // the operation code that fails next (-1: none)
+extern int liveCounters, counterFailOp;
 VX_RET_STATUS counterHandler(VX_CLASS_VAR_OP op, ...);
-// A Counter from the heap the way the handler makes them (for adoption by a variant).
 Counter* newCounter(int n);
 
 }  // namespace vxtest
