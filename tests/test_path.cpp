@@ -118,15 +118,16 @@ TEST(PathFileSystem, TestsSearchRenameMoveAndTemporaryNames) {
   const std::string a = tmp.file("work/a"), b = tmp.file("work/b");
   writeFileBytes(a, "A");
   vxtest::CaptureReporter rep;
-  EXPECT_EQ((Codes{VX_fileRename(a.c_str(), b.c_str()), exists(a), VX_fileDelete(b.c_str()), VX_fileDelete(b.c_str()),
-                   VX_fileRename(a.c_str(), b.c_str())}),
-            (Codes{VX_RET_TRUE, 0, VX_RET_TRUE, VX_RET_FALSE, VX_RET_ERR_GEN}));
+  EXPECT_EQ((Codes{VX_fileRename(a.c_str(), b.c_str()), exists(a), readFileBytes(b) == "A", VX_fileDelete(b.c_str()),
+                   VX_fileDelete(b.c_str()), VX_fileRename(a.c_str(), b.c_str())}),
+            (Codes{VX_RET_TRUE, 0, 1, VX_RET_TRUE, VX_RET_FALSE, VX_RET_ERR_GEN}));
   writeFileBytes(a, "new");
-  EXPECT_EQ((Codes{VX_fileMove(a.c_str(), b.c_str()), exists(a)}), (Codes{VX_RET_FALSE, 0}));
+  EXPECT_EQ((Codes{VX_fileMove(a.c_str(), b.c_str()), exists(a), readFileBytes(b) == "new"}),
+            (Codes{VX_RET_FALSE, 0, 1}));
   writeFileBytes(a, "newer");
   EXPECT_EQ((Codes{VX_fileMove(a.c_str(), b.c_str()), readFileBytes(b) == "newer", VX_fileMove(a.c_str(), b.c_str()),
-                   rep.count(VX_RET_ERR_GEN)}),
-            (Codes{VX_RET_TRUE, 1, VX_RET_ERR_GEN, 2}));
+                   exists(b), rep.count(VX_RET_ERR_GEN)}),
+            (Codes{VX_RET_TRUE, 1, VX_RET_ERR_GEN, 0, 2}));
   EXPECT_EQ(::rmdir(tdir.c_str()), 0) << "the moved-aside file was left behind";
   for (VX_RET_STATUS st : {VX_fileRename(nullptr, b.c_str()), VX_fileRename(a.c_str(), nullptr), VX_fileDelete(nullptr),
                            VX_fileMove(nullptr, b.c_str()), VX_fileMove(a.c_str(), ""),
