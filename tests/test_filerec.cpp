@@ -1,5 +1,4 @@
-// The binary record file: its exact format, record operations, free lists, damaged files,
-// allocation failures and a full disk.
+// The binary record file: exact format, records, free lists, damage, allocation failures, full disk.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -7,8 +6,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "vx_file_test_support.h"
 #include "vx_recfile_test_support.h"
@@ -16,549 +16,305 @@
 
 namespace {
 
-using vxtest::getLE32;
 using vxtest::le32;
+using Trace = std::vector<long>;  // the results of a sequence of calls, in order
+const uint32_t None = 0xFFFFFFFF;
 
-VX_Array<unsigned int> sizes(std::initializer_list<unsigned> list) {
-  VX_Array<unsigned int> out;
-  for (unsigned s : list) out.appendElem(s);
-  return out;
+std::string recHdr(char deleted, unsigned size) {
+  return std::string(1, deleted) + std::string(3, '\0') + le32(size) + le32(None);
 }
 
-std::string filled(char c, std::size_t n) { return std::string(n, c); }
+std::string captured;
+struct OutputCapture {  // routes the library output stream into `captured` while alive
+  VX_OStream stream, *previous = VX_coutPtr;
+  OutputCapture() {
+    captured.clear();
+    stream.setConsoleHandler([](char* text) { captured += text; return VX_RET_TRUE; });
+    VX_coutPtr = &stream;
+  }
+  ~OutputCapture() { VX_coutPtr = previous; }
+};
 
 class RecFile : public ::testing::Test {
  protected:
   vxtest::TempDir tmp;
   std::string path = tmp.file("data.rec");
+  VX_FileBinaryRec f;
   unsigned userSize = 0, recSize = 0;
   char* user = nullptr;
+  VX_Array<unsigned int> none;
 
   ~RecFile() override { std::free(user); }
-
-  // Fixed file of 16-byte records with headers and the user header "ABCD": records start at 128
-  // and take 28 bytes each.
-  VX_RET_STATUS createFixed(VX_FileBinaryRec& f, unsigned char headers = 1) {
-    VX_Array<unsigned int> none;
-    return f.open(path.c_str(), 0, 0, 16, headers, "ABCD", 4, 1, none);
+  // 16-byte records after the user header "ABCD": record n starts at 128 + 28 (n - 1).
+  VX_RET_STATUS createFixed(unsigned char hdrs = 1) { return f.open(path.c_str(), 0, 0, 16, hdrs, "ABCD", 4, 1, none); }
+  // Variable records and no user header: records start at 116 + 8 x the number of lists.
+  VX_RET_STATUS createVariable(std::initializer_list<unsigned> lists) {
+    VX_Array<unsigned int> sizes;
+    for (unsigned s : lists) sizes.appendElem(s);
+    return f.open(path.c_str(), 0, 0, 0, 1, nullptr, 0, static_cast<unsigned>(lists.size()), sizes);
   }
-  // Variable file with free lists {0, 64} and no user header: records start at 132.
-  VX_RET_STATUS createVariable(VX_FileBinaryRec& f) {
-    VX_Array<unsigned int> lists = sizes({0, 64});
-    return f.open(path.c_str(), 0, 0, 0, 1, nullptr, 0, 2, lists);
-  }
-  VX_RET_STATUS reopen(VX_FileBinaryRec& f, VX_FILE_MODE mode = VX_FILE_READWRITE) {
-    std::free(user);
-    user = nullptr;
+  VX_RET_STATUS reopen(VX_FILE_MODE mode = VX_FILE_READWRITE) {
+    std::free(std::exchange(user, nullptr));
     return f.open(path.c_str(), mode, 0, 0, userSize, &user, recSize);
   }
   std::string bytes() const { return vxtest::readFileBytes(path); }
+  long put(unsigned size, char c = 'r', VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo = VX_BINREC_SEARCH_EXACT) {
+    return f.autoWrite(std::string(size, c).data(), algo, size);
+  }
+  long recAt(unsigned long n) {  // minus the status when record n cannot be reached
+    long st = f.positionRec(n);
+    return st > 2 ? -st : f.tell();
+  }
+  std::string readHere() {
+    VX_Memory mem;
+    VX_RET_STATUS st = f.read(mem);
+    return st > 2 ? "<" + std::to_string(st) + ">" : std::string(static_cast<char*>(mem.memPtr()), mem.memSize());
+  }
 };
 
-TEST_F(RecFile, CreationWritesTheExactLayout) {
-  VX_FileBinaryRec f;
-  ASSERT_EQ(createFixed(f), VX_RET_TRUE);
-  std::string data = filled('x', 16);
-  EXPECT_EQ(f.autoWrite(data.data(), VX_BINREC_SEARCH_EXACT, 16), 128);
-  EXPECT_EQ(f.autoWrite(data.data(), VX_BINREC_SEARCH_EXACT, 0), 156);  // 0 stands for the record size
-  ASSERT_LE(f.close(), 2);
-
+TEST_F(RecFile, CreationWritesTheExactLayoutAndChecksItsArguments) {
+  ASSERT_EQ(createFixed(), VX_RET_TRUE);
+  std::string data(16, 'x');
+  const auto exact = VX_BINREC_SEARCH_EXACT;
+  EXPECT_EQ((Trace{f.autoWrite(data.data(), exact, 16), f.autoWrite(data.data(), exact, 0), f.close() <= 2}),
+            (Trace{128, 156, 1}));  // size 0 stands for the record size
   std::string b = bytes();
-  ASSERT_EQ(b.size(), 128u + 2 * 28);
-  EXPECT_EQ(getLE32(b, 0), 116u);
-  std::string version = b.substr(4, 33), comment = b.substr(37, 65);
-  for (char& c : version) c = static_cast<char>(~c);
-  for (char& c : comment) c = static_cast<char>(~c);
-  EXPECT_EQ(version, std::string("1.0") + std::string(30, '\0'));  // the tail is inverted too
-  EXPECT_EQ(comment.substr(0, 27), std::string("Vorlaxe binary record file") + '\0');
-  EXPECT_EQ(b.substr(102, 2), std::string(2, '\0'));
-  EXPECT_EQ(getLE32(b, 104), 4u);  // user header size
-  EXPECT_EQ(getLE32(b, 108), 1u);  // dim
-  EXPECT_EQ(b.substr(112, 4), std::string("\1\0\0\0", 4));
-  EXPECT_EQ(getLE32(b, 116), 16u);
-  EXPECT_EQ(getLE32(b, 120), 0xFFFFFFFFu);
-  EXPECT_EQ(b.substr(124, 4), "ABCD");
-  EXPECT_EQ(b.substr(128, 12), std::string("\0\0\0\0", 4) + le32(16) + le32(0xFFFFFFFF));
-  EXPECT_EQ(b.substr(140, 16), data);
+  for (std::size_t i = 4; i < 102; ++i) b[i] = static_cast<char>(~b[i]);  // both text fields are stored inverted
+  const std::string header = le32(116) + "1.0" + std::string(30, '\0') + "Vorlaxe binary record file" +
+                             std::string(39 + 2, '\0') + le32(4) + le32(1) + std::string("\1\0\0\0", 4);
+  const std::string rec = recHdr(0, 16) + data;
+  EXPECT_EQ(b, header + le32(16) + le32(None) + "ABCD" + rec + rec);
+  EXPECT_EQ((Trace{reopen(VX_FILE_READ), userSize, recSize, f.tell()}), (Trace{VX_RET_TRUE, 4, 16, 128}));
+  EXPECT_EQ(user ? std::string(user, userSize) : "<null>", "ABCD");
+  EXPECT_EQ((VX_Array<VX_FileBinrecTblEntry>(1, 1).numElems()), 1u);  // the library's instantiation links
+  ASSERT_LE(f.close(), 2);
 
-  // Hosts use the library's own instantiation of the table array.
-  VX_Array<VX_FileBinrecTblEntry> table(1, 1);
-  table[0] = VX_FileBinrecTblEntry{16, -1};
-  EXPECT_TRUE(table[0] == (VX_FileBinrecTblEntry{16, -1}));
-
-  ASSERT_EQ(reopen(f, VX_FILE_READ), VX_RET_TRUE);
-  EXPECT_EQ(userSize, 4u);
-  EXPECT_EQ(recSize, 16u);
-  ASSERT_NE(user, nullptr);
-  EXPECT_EQ(std::string(user, 4), "ABCD");
-  EXPECT_EQ(f.tell(), 128);
-}
-
-TEST_F(RecFile, CreationArgumentChecksReportButGoOn) {
   vxtest::CaptureReporter rep;
-  VX_FileBinaryRec f;
-  VX_Array<unsigned int> noCatchAll = sizes({32});
-  EXPECT_EQ(f.open(path.c_str(), 0, 0, 0, 0, nullptr, 0, 0, noCatchAll), VX_RET_TRUE);
-  EXPECT_TRUE(rep.mentions("Variable records require record headers"));
-  EXPECT_TRUE(rep.mentions("Free record table dim must be at least 1.\nIncreasing dim to 1"));
-  EXPECT_TRUE(rep.mentions("one free record size of 0"));
-  ASSERT_LE(f.close(), 2);
-  EXPECT_EQ(getLE32(bytes(), 108), 1u);
+  VX_Array<unsigned int> noCatchAll;
+  noCatchAll.appendElem(32);
+  EXPECT_EQ((Trace{f.open(path.c_str(), 0, 0, 0, 0, nullptr, 0, 0, noCatchAll), f.close() <= 2}), (Trace{1, 1}));
+  EXPECT_EQ(bytes().substr(108, 4), le32(1));
+  // A fixed file asked for three lists keeps them, and so reads back as variable.
+  EXPECT_EQ((Trace{f.open(path.c_str(), 0, 0, 8, 1, nullptr, 0, 3, none), f.close() <= 2, reopen(), recSize}),
+            (Trace{VX_RET_TRUE, 1, VX_RET_TRUE, 0}));
+  for (const char* text : {"Variable records require record headers", "one free record size of 0",
+                           "Free record table dim must be at least 1.\nIncreasing dim to 1",
+                           "Fixed record files only use free record table dim of 1"})
+    EXPECT_TRUE(rep.mentions(text)) << text;
 
-  // A fixed file asked for several lists keeps them all, and so reads back as variable.
-  rep.clear();
-  VX_Array<unsigned int> none;
-  EXPECT_EQ(f.open(path.c_str(), 0, 0, 8, 1, nullptr, 0, 3, none), VX_RET_TRUE);
-  EXPECT_TRUE(rep.mentions("Fixed record files only use free record table dim of 1"));
-  ASSERT_LE(f.close(), 2);
-  ASSERT_EQ(reopen(f), VX_RET_TRUE);
-  EXPECT_EQ(recSize, 0u);
-
-  rep.clear();
-  EXPECT_EQ(f.open(path.c_str(), VX_FILE_READ, 0, 0, userSize, &user, recSize), VX_RET_ERR_CALL);
-  EXPECT_EQ(f.isOpen(), VX_RET_TRUE);  // the open file is left alone
-  ASSERT_LE(f.close(), 2);
-  EXPECT_EQ(f.open(path.c_str(), VX_FILE_CREATE, 0, 0, userSize, &user, recSize), VX_RET_ERR_ARG);
-  EXPECT_EQ(f.open(tmp.file("missing").c_str(), VX_FILE_READ, 0, 0, userSize, &user, recSize), VX_RET_ERR_GEN);
-  EXPECT_EQ(f.isOpen(), VX_RET_FALSE);
+  EXPECT_EQ((Trace{reopen(VX_FILE_READ), f.isOpen(), f.close() <= 2, reopen(VX_FILE_CREATE)}),
+            (Trace{VX_RET_ERR_CALL, VX_RET_TRUE, 1, VX_RET_ERR_ARG}));
+  path = tmp.file("missing");
+  EXPECT_EQ((Trace{reopen(VX_FILE_READ), f.isOpen()}), (Trace{VX_RET_ERR_GEN, VX_RET_FALSE}));
 }
 
 TEST_F(RecFile, FixedRecordsReadWriteAndWalk) {
   vxtest::CaptureReporter rep;
-  VX_FileBinaryRec f;
-  ASSERT_EQ(createFixed(f), VX_RET_TRUE);
-  std::string twenty = filled('t', 20);
-  EXPECT_EQ(f.write(twenty.data(), 20, 1), VX_RET_ERR_ARG);
-  EXPECT_TRUE(rep.mentions("Size of data block (20) is different than predefined size (16)\n"));
-  for (char c : std::string("abc")) {
-    std::string rec = filled(c, 16);
-    ASSERT_EQ(f.write(rec.data(), 4, 4), VX_RET_TRUE);  // 4 x 4 bytes make one record
-  }
+  ASSERT_EQ(createFixed(), VX_RET_TRUE);
+  std::string twenty(20, 't');
+  EXPECT_EQ((Trace{f.write(twenty.data(), 20, 1), f.write(nullptr, 16, 1),
+                   rep.mentions("Size of data block (20) is different than predefined size (16)\n")}),
+            (Trace{VX_RET_ERR_ARG, VX_RET_ERR_ARG, 1}));
+  for (char c : std::string("abc")) ASSERT_EQ(f.write(std::string(16, c).data(), 4, 4), VX_RET_TRUE);  // 4 x 4
   char buf[16];
-  ASSERT_EQ(f.positionRec(2), VX_RET_TRUE);
-  EXPECT_EQ(f.tell(), 156);
-  ASSERT_EQ(f.read(buf, 0, 1), VX_RET_TRUE);
-  EXPECT_EQ(std::string(buf, 16), filled('b', 16));
-  EXPECT_EQ(f.positionRec(0), VX_RET_TRUE);  // 0 counts as 1
-  EXPECT_EQ(f.tell(), 128);
-  EXPECT_EQ(f.recAdvance(), VX_RET_TRUE);
-  EXPECT_EQ(f.recAdvance(), VX_RET_TRUE);
-  EXPECT_EQ(f.recAdvance(), VX_RET_TRUE);
-  EXPECT_EQ(f.recAdvance(), VX_RET_FALSE);  // at the end
-  EXPECT_EQ(f.tell(), 128 + 3 * 28);
+  EXPECT_EQ((Trace{recAt(2), f.read(buf, 0, 1)}), (Trace{156, VX_RET_TRUE}));
+  EXPECT_EQ(std::string(buf, 16), std::string(16, 'b'));
+  EXPECT_EQ((Trace{recAt(0), f.recAdvance(), f.recAdvance(), f.recAdvance(), f.recAdvance(), f.tell()}),
+            (Trace{128, VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE, VX_RET_FALSE, 212}));
 
   // A misaligned offset is reported and the write still goes ahead.
-  rep.clear();
-  ASSERT_EQ(f.seek(130, 0), VX_RET_TRUE);
-  std::string z = filled('z', 16);
-  EXPECT_EQ(f.write(z.data(), 16, 1), VX_RET_TRUE);
-  EXPECT_TRUE(rep.mentions("Invalid file offset for read/write operation: 130\n"));
+  EXPECT_EQ((Trace{f.seek(130, 0), f.write(twenty.data(), 16, 1),
+                   rep.mentions("Invalid file offset for read/write operation: 130\n")}),
+            (Trace{VX_RET_TRUE, VX_RET_TRUE, 1}));
 
-  // Sub-records address the data after the record header and stay inside the record.
-  ASSERT_EQ(f.writeSubRec("XY", 184, 14, 2), VX_RET_TRUE);
-  ASSERT_EQ(f.readSubRec(buf, 184, 12, 4), VX_RET_TRUE);
-  EXPECT_EQ(std::string(buf, 4), "ccXY");
-  EXPECT_EQ(f.readSubRec(buf, 184, 15, 2), VX_RET_ERR_ARG);
   VX_Memory mem;
-  ASSERT_EQ(f.readSubRec(mem, 184, 0, 3), VX_RET_TRUE);
-  EXPECT_EQ(std::string(static_cast<char*>(mem.memPtr()), 3), "ccc");
-  EXPECT_EQ(f.write(nullptr, 16, 1), VX_RET_ERR_ARG);
+  EXPECT_EQ((Trace{f.writeSubRec("XY", 184, 14, 2), f.readSubRec(buf, 184, 12, 4), f.readSubRec(buf + 4, 184, 15, 2),
+                   f.readSubRec(mem, 184, 0, 3)}),
+            (Trace{VX_RET_TRUE, VX_RET_TRUE, VX_RET_ERR_ARG, VX_RET_TRUE}));
+  EXPECT_EQ(std::string(buf, 4) + std::string(static_cast<char*>(mem.memPtr()), mem.memSize()), "ccXYccc");
 }
 
 TEST_F(RecFile, VariableFreeListsSplitAndRelink) {
-  VX_FileBinaryRec f;
-  ASSERT_EQ(createVariable(f), VX_RET_TRUE);
-  std::string r64 = filled('a', 64), r100 = filled('b', 100), r10 = filled('c', 10);
-  ASSERT_EQ(f.autoWrite(r64.data(), VX_BINREC_SEARCH_EXACT, 64), 132);
-  ASSERT_EQ(f.autoWrite(r100.data(), VX_BINREC_SEARCH_EXACT, 100), 208);
-  ASSERT_EQ(f.autoWrite(r10.data(), VX_BINREC_SEARCH_EXACT, 10), 320);
-  const long end = 342;
-  EXPECT_EQ(f.hasDeletedRecords(), VX_RET_FALSE);
+  ASSERT_EQ(createVariable({0, 64}), VX_RET_TRUE);
+  EXPECT_EQ((Trace{put(64), put(100), put(10), f.hasDeletedRecords()}), (Trace{132, 208, 320, VX_RET_FALSE}));
+  EXPECT_EQ((Trace{f.deleteRec(132), f.deleteRec(208), f.deleteRec(208), f.tell(), f.isDeleted(), f.tell(),
+                   f.hasDeletedRecords()}),
+            (Trace{VX_RET_TRUE, VX_RET_TRUE, VX_RET_FALSE, 208, VX_RET_TRUE, 208, VX_RET_TRUE}));
+  EXPECT_EQ((Trace{f.getAvailableRecOffset(VX_BINREC_SEARCH_FIRST_FIT, 40),
+                   f.getAvailableRecOffset(VX_BINREC_SEARCH_EXACT, 40), f.getFreeRec(64, 1, 0), put(40)}),
+            (Trace{208, 342, 132, 342}));
+  EXPECT_EQ((Trace{put(40, 'r', VX_BINREC_SEARCH_FIRST_FIT), f.close() <= 2}), (Trace{208, 1}));
+  const std::string b = bytes();  // the list heads, then the two record headers
+  EXPECT_EQ(b.substr(116, 16) + b.substr(208, 12) + b.substr(260, 12),
+            le32(0) + le32(260) + le32(64) + le32(132) + recHdr(0, 40) + recHdr(1, 48));
 
-  // 64 bytes go on the list for 64, 100 bytes on the catch-all list 0.
-  ASSERT_EQ(f.deleteRec(132), VX_RET_TRUE);
-  ASSERT_EQ(f.deleteRec(208), VX_RET_TRUE);
-  EXPECT_EQ(f.deleteRec(208), VX_RET_FALSE);  // already free: not linked twice
-  EXPECT_EQ(f.hasDeletedRecords(), VX_RET_TRUE);
-  EXPECT_EQ(f.tell(), 208);
-  EXPECT_EQ(f.isDeleted(), VX_RET_TRUE);
-  EXPECT_EQ(f.tell(), 208);
-
-  // Queries change nothing; an exact search for 40 finds nothing and so points at the end.
-  EXPECT_EQ(f.getAvailableRecOffset(VX_BINREC_SEARCH_FIRST_FIT, 40), 208);
-  EXPECT_EQ(f.getAvailableRecOffset(VX_BINREC_SEARCH_EXACT, 40), end);
-  EXPECT_EQ(f.getFreeRec(64, 1, 0), 132);
-  std::string r40 = filled('d', 40);
-  EXPECT_EQ(f.autoWrite(r40.data(), VX_BINREC_SEARCH_EXACT, 40), end);
-
-  // First fit reuses the 100-byte record and leaves a free remainder of 48 bytes at +52.
-  EXPECT_EQ(f.autoWrite(r40.data(), VX_BINREC_SEARCH_FIRST_FIT, 40), 208);
-  ASSERT_LE(f.close(), 2);
-  std::string b = bytes();
-  EXPECT_EQ(b.substr(208, 12), std::string("\0\0\0\0", 4) + le32(40) + le32(0xFFFFFFFF));
-  EXPECT_EQ(b.substr(260, 12), std::string("\1\0\0\0", 4) + le32(48) + le32(0xFFFFFFFF));
-  EXPECT_EQ(getLE32(b, 116 + 4), 260u);  // list 0 now starts at the remainder
-  EXPECT_EQ(getLE32(b, 124 + 4), 132u);  // list 64 still holds the deleted 64-byte record
-
-  // Exact-then-fit takes the exact record first, then falls back to a fit.
-  ASSERT_EQ(reopen(f), VX_RET_TRUE);
-  EXPECT_EQ(f.autoWrite(r64.data(), VX_BINREC_SEARCH_EXACT_THEN_FIT, 64), 132);
-  EXPECT_EQ(f.autoWrite(r10.data(), VX_BINREC_SEARCH_EXACT_THEN_FIT, 10), 260);
-
-  // Walking and reading variable records.
-  ASSERT_EQ(f.positionRec(3), VX_RET_TRUE);
-  EXPECT_EQ(f.tell(), 260);
-  VX_Memory mem;
-  ASSERT_EQ(f.read(mem), VX_RET_TRUE);
-  EXPECT_EQ(mem.memSize(), 10u);
-  EXPECT_EQ(std::string(static_cast<char*>(mem.memPtr()), 10), r10);
+  const auto thenFit = VX_BINREC_SEARCH_EXACT_THEN_FIT;
+  EXPECT_EQ((Trace{reopen(), put(64, 'r', thenFit), put(10, 'c', thenFit), recAt(3)}), (Trace{1, 132, 260, 260}));
+  EXPECT_EQ(readHere(), std::string(10, 'c'));
+  OutputCapture capture;
+  EXPECT_EQ((Trace{recAt(3), f.debugDump(), f.tell(), captured.find("User header: NULL\n") != std::string::npos}),
+            (Trace{260, VX_RET_TRUE, 260, 1}));  // the rest of the dump is pinned by the tool's test
+  vxtest::CaptureReporter rep;
+  VX_coutPtr = nullptr;  // put back by the capture
+  EXPECT_EQ(f.debugDump(), VX_RET_ERR_CALL);
 }
 
-TEST_F(RecFile, FixedFreeListIsLastInFirstOutAndQueriesUnlink) {
-  VX_FileBinaryRec f;
-  ASSERT_EQ(createFixed(f), VX_RET_TRUE);
-  std::string rec = filled('r', 16);
-  for (int i = 0; i < 3; ++i) f.autoWrite(rec.data(), VX_BINREC_SEARCH_EXACT, 16);
-  ASSERT_EQ(f.deleteRec(128), VX_RET_TRUE);
-  ASSERT_EQ(f.deleteRec(184), VX_RET_TRUE);
-  // Even a query takes the head off a fixed file's list.
-  EXPECT_EQ(f.getAvailableRecOffset(VX_BINREC_SEARCH_EXACT, 16), 184);
-  EXPECT_EQ(f.autoWrite(rec.data(), VX_BINREC_SEARCH_EXACT, 16), 128);
-  EXPECT_EQ(f.autoWrite(rec.data(), VX_BINREC_SEARCH_EXACT, 16), 212);
-  vxtest::CaptureReporter rep;
-  EXPECT_EQ(f.getFreeRec(20, 1, 1), -1);
-  EXPECT_TRUE(rep.mentions("getFreeRec(): incorrect record size 20\n"));
-
-  VX_FileBinaryRec plain;
-  std::string other = path;
-  path = tmp.file("plain.rec");
-  ASSERT_EQ(createFixed(plain, 0), VX_RET_TRUE);
-  EXPECT_EQ(plain.getFreeRec(16, 1, 1), -1);  // no record headers, no free management
-  EXPECT_EQ(plain.deleteRec(128), VX_RET_ERR_GEN);
-  EXPECT_EQ(plain.isDeleted(), VX_RET_FALSE);
-}
-
-TEST_F(RecFile, TableReachesTheFileAtCloseButNotAfterReadOnlyOpen) {
-  VX_FileBinaryRec f;
-  ASSERT_EQ(createFixed(f), VX_RET_TRUE);
-  std::string rec = filled('r', 16);
-  f.autoWrite(rec.data(), VX_BINREC_SEARCH_EXACT, 16);
-  ASSERT_EQ(f.deleteRec(128), VX_RET_TRUE);
-  EXPECT_EQ(getLE32(bytes(), 120), 0xFFFFFFFFu);  // a crash now would lose the deletion
+TEST_F(RecFile, FixedFreeListIsLastInFirstOutAndReachesTheFileAtClose) {
+  ASSERT_EQ(createFixed(), VX_RET_TRUE);
+  EXPECT_EQ((Trace{put(16), put(16), put(16), f.deleteRec(128), f.deleteRec(184)}),
+            (Trace{128, 156, 184, VX_RET_TRUE, VX_RET_TRUE}));
+  EXPECT_EQ(bytes().substr(120, 4), le32(None));  // a crash now would lose the deletions
   ASSERT_LE(f.close(), 2);
-  EXPECT_EQ(getLE32(bytes(), 120), 128u);
+  EXPECT_EQ(bytes().substr(120, 4), le32(184));
 
-  ASSERT_EQ(reopen(f, VX_FILE_READ), VX_RET_TRUE);
-  EXPECT_EQ(f.hasDeletedRecords(), VX_RET_TRUE);
-  std::string before = bytes();
+  const std::string before = bytes();
   vxtest::CaptureReporter rep;
-  EXPECT_EQ(f.getFreeRec(16, 1, 1), -1);  // cannot relink in a read-only file
-  ASSERT_LE(f.close(), 2);
+  EXPECT_EQ((Trace{reopen(VX_FILE_READ), f.getFreeRec(16, 1, 1), f.close() <= 2}), (Trace{1, -1, 1}));  // no relinking
   EXPECT_EQ(bytes(), before);
 
-  // A copy shares the stream; closing it leaves the original open.
-  ASSERT_EQ(reopen(f), VX_RET_TRUE);
-  {
+  ASSERT_EQ(reopen(), VX_RET_TRUE);
+  {  // A copy shares the stream; closing it leaves the original open.
     VX_FileBinaryRec copy(f);
-    EXPECT_TRUE(copy == f);
-    EXPECT_EQ(copy.hasDeletedRecords(), VX_RET_TRUE);
-    copy.close();
+    EXPECT_EQ((Trace{copy == f, copy.hasDeletedRecords(), copy.close() <= 2}), (Trace{1, VX_RET_TRUE, 1}));
   }
-  EXPECT_EQ(f.isOpen(), VX_RET_TRUE);
-  EXPECT_EQ(f.positionRec(1), VX_RET_TRUE);
+  // Even a query takes the head off the list; a size other than the record size finds nothing.
+  EXPECT_EQ((Trace{f.getAvailableRecOffset(VX_BINREC_SEARCH_EXACT, 16), put(16), put(16), f.getFreeRec(20, 1, 1),
+                   rep.mentions("getFreeRec(): incorrect record size 20\n")}),
+            (Trace{184, 128, 212, -1, 1}));
+  EXPECT_EQ((Trace{f.close() <= 2, createFixed(0), f.getFreeRec(16, 1, 1), f.deleteRec(128), f.isDeleted()}),
+            (Trace{1, VX_RET_TRUE, -1, VX_RET_ERR_GEN, VX_RET_FALSE}));  // no record headers: no free management
 }
 
 TEST_F(RecFile, UserHeaderAndObjectForms) {
-  VX_FileBinaryRec f;
-  VX_Array<unsigned int> none;
   ASSERT_EQ(f.open(path.c_str(), 0, 0, 12, 1, "ABCD", 4, 1, none), VX_RET_TRUE);
-  char* header = nullptr;
-  unsigned size = 0;
   vxtest::CaptureReporter rep;
-  EXPECT_EQ(f.writeUserHeader("WXYZ", 5), VX_RET_ERR_ARG);
-  EXPECT_EQ(f.writeUserHeader("WXYZ", 4), VX_RET_TRUE);
-  ASSERT_EQ(f.readUserHeader(&header, size), VX_RET_TRUE);
-  EXPECT_EQ(std::string(header, size), "WXYZ");
-  EXPECT_EQ(f.readUserHeader(&header, size), VX_RET_ERR_ARG);  // *header must be null
-  std::free(header);
-
-  // A version is a 12-byte persistable: one record each way.
-  VX_Version written(1, 2, 3), back;
-  ASSERT_EQ(f.positionRec(1), VX_RET_TRUE);
-  ASSERT_EQ(f.write(written), VX_RET_TRUE);
-  ASSERT_EQ(f.positionRec(1), VX_RET_TRUE);
-  ASSERT_EQ(f.read(back), VX_RET_TRUE);
-  EXPECT_TRUE(back == written);
+  EXPECT_EQ((Trace{f.writeUserHeader("WXYZ", 5), f.writeUserHeader("WXYZ", 4), f.readUserHeader(&user, userSize),
+                   f.readUserHeader(&user, userSize)}),
+            (Trace{VX_RET_ERR_ARG, VX_RET_TRUE, VX_RET_TRUE, VX_RET_ERR_ARG}));
+  EXPECT_EQ(user ? std::string(user, userSize) : "<null>", "WXYZ");
+  VX_Version written(1, 2, 3), back;  // a 12-byte persistable: one record each way
+  EXPECT_EQ((Trace{f.positionRec(1), f.write(written), f.positionRec(1), f.read(back), back == written}),
+            (Trace{VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE, 1}));
 }
 
-TEST_F(RecFile, DebugDumpShowsHeaderTableAndRecords) {
-  VX_FileBinaryRec f;
-  ASSERT_EQ(createVariable(f), VX_RET_TRUE);
-  std::string r = filled('a', 64);
-  f.autoWrite(r.data(), VX_BINREC_SEARCH_EXACT, 64);
-  f.autoWrite(r.data(), VX_BINREC_SEARCH_EXACT, 20);
-  f.deleteRec(132);
-  long pos = f.tell();
-  std::string text;
-  {
-    vxtest::OutputCapture capture;
-    ASSERT_EQ(f.debugDump(), VX_RET_TRUE);
-    text = capture.text();
-  }
-  const std::string stars(52, '*');
-  EXPECT_EQ(text.rfind(stars + "\nFile header:\n", 0), 0u);
-  for (const char* line : {"            File size: 240 bytes\n\n", "          Header size: 116\n",
-                           "              Version: <1.0>\n", "              Comment: <Vorlaxe binary record file>\n",
-                           "          User header: NULL\n", "Free record table dim: 2\n", "       Record headers: YES\n",
-                           "\nFree record table:\n          Record size: VARIABLE\n       First free rec: -1\n",
-                           "          Record size: 64\n       First free rec: 132\n",
-                           "Rec 1: offset(132)   del(1)   size(64)   next free(-1)\n",
-                           "Rec 2: offset(208)   del(0)   size(20)   next free(-1)\n"})
-    EXPECT_NE(text.find(line), std::string::npos) << line;
-  EXPECT_EQ(text.substr(text.size() - 53), stars + "\n");
-  EXPECT_EQ(f.tell(), pos);
-
-  vxtest::CaptureReporter rep;
-  VX_OStream* saved = VX_coutPtr;
-  VX_coutPtr = nullptr;
-  EXPECT_EQ(f.debugDump(), VX_RET_ERR_CALL);
-  VX_coutPtr = saved;
-}
-
-// Damaged files are made by planting bytes into good ones.
 class DamagedRecFile : public RecFile {
  protected:
   vxtest::CaptureReporter rep;
-  vxtest::OutputCapture capture;
+  OutputCapture capture;
 
-  // A variable file with 20-byte records at 124 and 156 (a single catch-all list).
-  void makeVariable(bool deleteBoth) {
-    VX_FileBinaryRec f;
-    VX_Array<unsigned int> lists = sizes({0});
-    ASSERT_EQ(f.open(path.c_str(), 0, 0, 0, 1, nullptr, 0, 1, lists), VX_RET_TRUE);
-    std::string r = filled('v', 20);
-    ASSERT_EQ(f.autoWrite(r.data(), VX_BINREC_SEARCH_EXACT, 20), 124);
-    ASSERT_EQ(f.autoWrite(r.data(), VX_BINREC_SEARCH_EXACT, 20), 156);
-    if (deleteBoth) {
-      f.deleteRec(124);
-      f.deleteRec(156);  // list: 156 -> 124
-    }
-    ASSERT_LE(f.close(), 2);
+  // 'f': a fixed file, one record at 128; 'v': variable, 20-byte records at 124, 156; 'd': both deleted.
+  VX_RET_STATUS damaged(char kind, long at, const std::string& bytes) {
+    f.close();
+    Trace made = kind == 'f' ? Trace{createFixed(), put(16)} : Trace{createVariable({0}), put(20), put(20)};
+    EXPECT_EQ(made, kind == 'f' ? (Trace{VX_RET_TRUE, 128}) : (Trace{VX_RET_TRUE, 124, 156}));
+    if (kind == 'd') for (long offset : {124L, 156L}) f.deleteRec(offset);
+    EXPECT_LE(f.close(), 2);
+    vxtest::patchFileBytes(path, at, bytes);
     rep.clear();
-  }
-  VX_RET_STATUS openDamaged(VX_FileBinaryRec& f) {
-    VX_RET_STATUS st = reopen(f);
-    EXPECT_TRUE(st <= 2 || f.isOpen() == VX_RET_FALSE);
-    return st;
+    return reopen();
   }
 };
 
 TEST_F(DamagedRecFile, OpenRefusesHeadersThatPointOutsideTheFile) {
-  struct Case {
-    long at;
-    std::string bytes;
-    const char* what;
-  } cases[] = {{108, le32(0x7FFFFFFF), "absurd dim"},
-               {108, le32(0), "dim 0"},
-               {104, le32(0xFFFFFFF0), "absurd user header size"},
-               {0, le32(4096), "header size"},
-               {120, le32(5000000), "list head past the end"},
-               {120, le32(8), "list head inside the header"},
-               {4, std::string(33, '\x55'), "unknown version"}};
-  for (const Case& c : cases) {
-    makeVariable(false);
-    vxtest::patchFileBytes(path, c.at, c.bytes);
-    VX_FileBinaryRec f;
-    EXPECT_EQ(openDamaged(f), VX_RET_ERR_FILE) << c.what;
-    EXPECT_EQ(user, nullptr);
-  }
+  const std::pair<long, std::string> plants[] = {
+      {108, le32(0x7FFFFFFF)}, {108, le32(0)},       {104, le32(0xFFFFFFF0)}, {0, le32(4096)},
+      {116, le32(0xFFFFFFF8)}, {120, le32(5000000)}, {120, le32(8)},          {4, std::string(33, '\x55')}};
+  for (const auto& [at, plant] : plants)
+    EXPECT_EQ((Trace{damaged('f', at, plant), f.isOpen(), user != nullptr}), (Trace{VX_RET_ERR_FILE, 0, 0})) << at;
   EXPECT_TRUE(rep.mentions("Unrecognized binary file"));
   vxtest::writeFileBytes(path, "short");
-  VX_FileBinaryRec f;
-  EXPECT_EQ(openDamaged(f), VX_RET_ERR_FILE);
-  // The failed object opens a good file again.
-  makeVariable(false);
-  EXPECT_EQ(reopen(f), VX_RET_TRUE);
-  ASSERT_LE(f.close(), 2);
-  // A fixed record size no file could hold.
-  VX_FileBinaryRec fixed;
-  ASSERT_EQ(createFixed(fixed), VX_RET_TRUE);
-  ASSERT_LE(fixed.close(), 2);
-  vxtest::patchFileBytes(path, 116, le32(0xFFFFFFF8));
-  EXPECT_EQ(openDamaged(fixed), VX_RET_ERR_FILE);
+  EXPECT_EQ(reopen(), VX_RET_ERR_FILE);
+  EXPECT_EQ(damaged('v', 0, ""), VX_RET_TRUE);  // the failed object opens a good file again
 }
 
 TEST_F(DamagedRecFile, RecordSizesRunningPastTheEndAreRefusedEverywhere) {
-  makeVariable(false);
-  vxtest::patchFileBytes(path, 156 + 4, le32(1000000));
-  VX_FileBinaryRec f;
-  ASSERT_EQ(openDamaged(f), VX_RET_TRUE);
-  ASSERT_EQ(f.positionRec(2), VX_RET_TRUE);
-  EXPECT_EQ(f.positionRec(3), VX_RET_ERR_FILE);
-  EXPECT_EQ(f.tell(), 156);  // restored
-  EXPECT_EQ(f.recAdvance(), VX_RET_ERR_FILE);
+  ASSERT_EQ(damaged('v', 156 + 4, le32(1000000)), VX_RET_TRUE);
   VX_Memory mem;
-  EXPECT_EQ(f.read(mem), VX_RET_ERR_FILE);
-  EXPECT_EQ(mem.memSize(), 0u);
-  EXPECT_EQ(f.readSubRec(mem, 156, 0, 4), VX_RET_ERR_FILE);
-  EXPECT_EQ(f.debugDump(), VX_RET_ERR_FILE);
-  EXPECT_NE(capture.text().find("Rec 1: offset(124)"), std::string::npos);
-  EXPECT_EQ(f.positionRec(9), VX_RET_ERR_FILE);
+  const long err = VX_RET_ERR_FILE;
+  EXPECT_EQ((Trace{recAt(2), recAt(3), f.tell(), f.recAdvance(), f.readSubRec(mem, 156, 0, 4), f.debugDump(),
+                   recAt(9)}),
+            (Trace{156, -err, 156, err, err, err, -err}));
+  EXPECT_EQ(readHere(), "<" + std::to_string(err) + ">");
+  EXPECT_NE(captured.find("Rec 1: offset(124)"), std::string::npos);
   EXPECT_TRUE(rep.mentions("Damaged record file"));
-
-  // A size that wraps the offset arithmetic is caught the same way.
-  ASSERT_LE(f.close(), 2);
-  vxtest::patchFileBytes(path, 124 + 4, le32(0xFFFFFFF8));
-  ASSERT_EQ(reopen(f), VX_RET_TRUE);
-  EXPECT_EQ(f.positionRec(2), VX_RET_ERR_FILE);
+  ASSERT_EQ(damaged('v', 124 + 4, le32(0xFFFFFFF8)), VX_RET_TRUE);  // wraps the offset arithmetic
+  EXPECT_EQ(recAt(2), -err);
 }
 
 TEST_F(DamagedRecFile, LoopingOrBrokenFreeListsFailWithoutHanging) {
-  makeVariable(true);
-  vxtest::patchFileBytes(path, 124 + 8, le32(156));  // 156 -> 124 -> 156 -> ...
-  VX_FileBinaryRec f;
-  ASSERT_EQ(openDamaged(f), VX_RET_TRUE);
-  long size = f.length();
-  EXPECT_EQ(f.getFreeRec(50, 0, 1), -1);
+  ASSERT_EQ(damaged('d', 124 + 8, le32(156)), VX_RET_TRUE);  // 156 -> 124 -> 156 -> ...
+  const long size = f.length();
+  EXPECT_EQ((Trace{f.getFreeRec(50, 0, 1), put(50, 'r', VX_BINREC_SEARCH_FIRST_FIT),
+                   f.getAvailableRecOffset(VX_BINREC_SEARCH_EXACT, 50), f.length(), f.getFreeRec(20, 1, 0)}),
+            (Trace{-1, -1, -1, size, 156}));
   EXPECT_TRUE(rep.mentions("free list loops"));
-  std::string r = filled('n', 50);
-  EXPECT_EQ(f.autoWrite(r.data(), VX_BINREC_SEARCH_FIRST_FIT, 50), -1);  // refused, not appended
-  EXPECT_EQ(f.getAvailableRecOffset(VX_BINREC_SEARCH_EXACT, 50), -1);
-  EXPECT_EQ(f.length(), size);
-  EXPECT_EQ(f.getFreeRec(20, 1, 0), 156);  // a match before the loop closes is still found
 
-  ASSERT_LE(f.close(), 2);
-  makeVariable(true);
-  vxtest::patchFileBytes(path, 156 + 8, le32(4000000));  // next link past the end
-  ASSERT_EQ(reopen(f), VX_RET_TRUE);
-  EXPECT_EQ(f.getFreeRec(50, 0, 0), -1);
-  EXPECT_EQ(rep.count(VX_RET_ERR_FILE), 1);
-
-  // A fixed file whose list head is a live record must not hand it out.
-  VX_FileBinaryRec fixed;
-  ASSERT_EQ(createFixed(fixed), VX_RET_TRUE);
-  std::string rec = filled('r', 16);
-  fixed.autoWrite(rec.data(), VX_BINREC_SEARCH_EXACT, 16);
-  ASSERT_LE(fixed.close(), 2);
-  vxtest::patchFileBytes(path, 120, le32(128));
-  ASSERT_EQ(reopen(fixed), VX_RET_TRUE);
-  EXPECT_EQ(fixed.autoWrite(rec.data(), VX_BINREC_SEARCH_EXACT, 16), -1);
+  ASSERT_EQ(damaged('d', 156 + 8, le32(4000000)), VX_RET_TRUE);  // a next link past the end
+  EXPECT_EQ((Trace{f.getFreeRec(50, 0, 0), rep.count(VX_RET_ERR_FILE)}), (Trace{-1, 1}));
+  ASSERT_EQ(damaged('f', 120, le32(128)), VX_RET_TRUE);  // a list head that is a live record
+  EXPECT_EQ(put(16), -1);
   EXPECT_TRUE(rep.mentions("free list holds a live record"));
 }
 
-TEST_F(RecFile, AllocationFailuresReportAndLeaveTheObjectClosed) {
+TEST_F(RecFile, AllocationFailuresReportAndLeaveNothingHalfMade) {
   vxtest::CaptureReporter rep;
-  auto expectMem = [&](VX_RET_STATUS st, long n) {
-    if (vxtest::allocFaultPending()) return;
-    EXPECT_EQ(st, VX_RET_ERR_MEM) << "failing allocation " << n;
-    EXPECT_GE(rep.count(VX_RET_ERR_MEM), 1) << "failing allocation " << n;
-  };
-  VX_Array<unsigned int> lists = sizes({0, 64, 128});
-  int failures = vxtest::forEachAllocFailure([&](long n) {
-    rep.clear();
-    VX_FileBinaryRec f;
-    VX_RET_STATUS st = f.open(path.c_str(), 0, 0, 0, 1, "HDR", 3, 3, lists);
-    expectMem(st, n);
-    if (st > 2) {
-      EXPECT_EQ(f.isOpen(), VX_RET_FALSE);
-    }
-  });
-  EXPECT_GT(failures, 0);
-  {
-    VX_FileBinaryRec f;
-    ASSERT_EQ(f.open(path.c_str(), 0, 0, 0, 1, "HDR", 3, 3, lists), VX_RET_TRUE);
-    std::string r = filled('m', 30);
-    f.autoWrite(r.data(), VX_BINREC_SEARCH_EXACT, 30);
-  }
-  failures = vxtest::forEachAllocFailure([&](long n) {
-    rep.clear();
-    VX_FileBinaryRec f;
-    VX_RET_STATUS st = reopen(f);
-    expectMem(st, n);
-    if (st > 2) {
-      EXPECT_EQ(user, nullptr);
-      EXPECT_EQ(f.isOpen(), VX_RET_FALSE);
-    }
-  });
-  EXPECT_GT(failures, 0);
-
-  // Operations on an open file, each failing on its own.
-  VX_FileBinaryRec f;
-  ASSERT_EQ(reopen(f), VX_RET_TRUE);
-  vxtest::OutputCapture capture;
-  auto eachFailure = [&](const char* what, auto op) {
-    int count = vxtest::forEachAllocFailure([&](long n) {
+  OutputCapture capture;
+  auto sweep = [&](const char* what, auto op) {  // each call succeeds or fails with a reported status 4
+    EXPECT_GT(vxtest::forEachAllocFailure([&](long n) {
       rep.clear();
-      ASSERT_EQ(f.positionRec(1), VX_RET_TRUE);
-      expectMem(op(), n);
-    });
-    EXPECT_GT(count, 0) << what;
+      VX_RET_STATUS st = op();
+      if (vxtest::allocFaultPending()) return;
+      EXPECT_EQ(std::to_string(st) + (rep.count(VX_RET_ERR_MEM) ? " reported" : ""), "4 reported") << what << n;
+    }), 0) << what;
   };
+  auto closedOnFailure = [&](VX_RET_STATUS st) { return st > 2 && (f.isOpen() || user) ? VX_RET_FALSE : st; };
+  VX_Array<unsigned int> lists;
+  for (unsigned s : {0u, 64u, 128u}) lists.appendElem(s);
+  sweep("create", [&] { return closedOnFailure(f.open(path.c_str(), 0, 0, 0, 1, "HDR", 3, 3, lists)); });
+  ASSERT_EQ((Trace{put(30), f.close() <= 2}), (Trace{143, 1}));
+  sweep("open", [&] { return closedOnFailure(reopen()); });
+
   VX_Memory mem;
-  eachFailure("read", [&] { return f.read(mem); });
-  eachFailure("sub-record", [&] { return f.readSubRec(mem, 143, 0, 8); });
-  eachFailure("dump", [&] { return f.debugDump(); });
   VX_String text("packed");
-  eachFailure("object", [&] { return f.write(static_cast<VX_Persistable&>(text)); });
-  // A copy is either complete or disabled, never half made.
-  int disabledCopies = 0;
+  sweep("operations", [&] {  // each step goes on only while the ones before succeed
+    VX_RET_STATUS st = recAt(1) < 0 ? VX_RET_FALSE : f.read(mem);
+    if (st <= 2) st = f.readSubRec(mem, 143, 0, 8);
+    if (st <= 2) st = f.debugDump();
+    return st > 2 || recAt(1) < 0 ? st : f.write(static_cast<VX_Persistable&>(text));
+  });
+  int disabledCopies = 0;  // a copy is either complete or disabled, never half made
   vxtest::forEachAllocFailure([&](long) {
     VX_FileBinaryRec copy(f);
-    if (copy.objIsEnabled())
-      EXPECT_EQ(copy.positionRec(2), VX_RET_TRUE);
-    else
-      ++disabledCopies;
+    disabledCopies += !copy.objIsEnabled();
+    EXPECT_TRUE(!copy.objIsEnabled() || copy.positionRec(2) == VX_RET_TRUE);
   });
   EXPECT_GT(disabledCopies, 0);
-  EXPECT_EQ(f.positionRec(1), VX_RET_TRUE);  // the original is untouched
+  EXPECT_EQ(recAt(1), 143);  // the original is untouched
 }
 
-// A full disk, played by a file size limit in a child process: the write that meets it fails
-// with VX_RET_ERR_GEN, and every record written before reads back.
 TEST_F(RecFile, FullDiskFailsTheWriteAndKeepsEarlierRecords) {
-  const unsigned recBytes = 100;
-  pid_t child = ::fork();
+  pid_t child = ::fork();  // the full disk is played by a file size limit in a child process
   ASSERT_GE(child, 0);
   if (child == 0) {
     ::signal(SIGXFSZ, SIG_IGN);
     rlimit limit{3000, 3000};
     ::setrlimit(RLIMIT_FSIZE, &limit);
     vxtest::CaptureReporter rep;
-    VX_FileBinaryRec f;
-    VX_Array<unsigned int> none;
-    if (f.open(path.c_str(), 0, 0, recBytes, 1, nullptr, 0, 1, none) != VX_RET_TRUE) ::_exit(250);
     int written = 0;
-    for (; written < 100; ++written) {
-      std::string r = filled(static_cast<char>('A' + written), recBytes);
-      if (f.autoWrite(r.data(), VX_BINREC_SEARCH_EXACT, recBytes) == -1) break;
-    }
-    bool reported = rep.mentions("fwrite() failed.");
-    bool closed = f.close() <= 2;
-    ::_exit(reported && closed && written < 100 ? written : 251);
+    if (f.open(path.c_str(), 0, 0, 100, 1, nullptr, 0, 1, none) == VX_RET_TRUE)
+      while (written < 100 && put(100, static_cast<char>('A' + written)) != -1) ++written;
+    ::_exit(f.close() <= 2 && rep.mentions("fwrite() failed.") && written < 100 ? written : 251);
   }
   int status = 0;
   ASSERT_EQ(::waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status));
-  int written = WEXITSTATUS(status);
-  ASSERT_GT(written, 0);
-  ASSERT_LT(written, 100);
-  EXPECT_EQ(written, static_cast<int>((3000 - 124) / (recBytes + 12)));
-
-  VX_FileBinaryRec f;
-  ASSERT_EQ(reopen(f, VX_FILE_READ), VX_RET_TRUE);
-  char buf[recBytes];
-  for (int i = 0; i < written; ++i) {
-    ASSERT_EQ(f.positionRec(i + 1), VX_RET_TRUE);
-    ASSERT_EQ(f.read(buf, recBytes, 1), VX_RET_TRUE);
-    EXPECT_EQ(std::string(buf, recBytes), filled(static_cast<char>('A' + i), recBytes)) << i;
-  }
-
-  // A device that is always full refuses the creation itself.
+  const int written = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  ASSERT_EQ(written, (3000 - 124) / (100 + 12));
+  ASSERT_EQ(reopen(VX_FILE_READ), VX_RET_TRUE);
+  for (int i = 0; i < written; ++i)
+    EXPECT_EQ((Trace{recAt(i + 1), readHere() == std::string(100, char('A' + i))}), (Trace{124 + i * 112, 1}));
+  ASSERT_LE(f.close(), 2);
   vxtest::CaptureReporter rep;
-  VX_FileBinaryRec full;
-  VX_Array<unsigned int> none;
-  EXPECT_EQ(full.open("/dev/full", 0, 0, 16, 1, nullptr, 0, 1, none), VX_RET_ERR_GEN);
-  EXPECT_EQ(full.isOpen(), VX_RET_FALSE);
+  EXPECT_EQ((Trace{f.open("/dev/full", 0, 0, 16, 1, nullptr, 0, 1, none), f.isOpen()}), (Trace{VX_RET_ERR_GEN, 0}));
 }
 
 }  // namespace

@@ -1,34 +1,26 @@
-// Helpers of the record-file suites: exact bytes planted into files, and the library output
-// stream captured as text.
+// Byte helpers of the record-file suites.
 #ifndef VX_RECFILE_TEST_SUPPORT_H
 #define VX_RECFILE_TEST_SUPPORT_H
 
 #include <cstdint>
+#include <fstream>
 #include <string>
-
-#include "vxcore.h"
 
 namespace vxtest {
 
 // The 4 little-endian bytes of `value`.
-std::string le32(uint32_t value);
-// Overwrites the bytes of `path` at `offset` with `bytes` (the file may grow).
-void patchFileBytes(const std::string& path, long offset, const std::string& bytes);
-// The 4-byte little-endian number stored in `bytes` at `offset`.
-uint32_t getLE32(const std::string& bytes, std::size_t offset);
+inline std::string le32(uint32_t value) {
+  std::string out(4, '\0');
+  for (int i = 0; i < 4; ++i) out[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
+  return out;
+}
 
-// Routes the library output stream (VX_coutPtr) into `text` while alive, and puts back what
-// was there before.
-class OutputCapture {
- public:
-  OutputCapture();
-  ~OutputCapture();
-  std::string text() const;
-
- private:
-  VX_OStream stream;
-  VX_OStream* previous;
-};
+// Overwrites the bytes of `path` at `offset` with `bytes`.
+inline void patchFileBytes(const std::string& path, long offset, const std::string& bytes) {
+  std::fstream f(path, std::ios::in | std::ios::out | std::ios::binary);
+  f.seekp(offset);
+  f.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
 
 }  // namespace vxtest
 
