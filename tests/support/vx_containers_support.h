@@ -1,29 +1,36 @@
-// Helpers of the container suites: filling a container and reading it back as a vector.
+// Helpers of the container suites, with the shared test support.
 #ifndef VX_CONTAINERS_SUPPORT_H
 #define VX_CONTAINERS_SUPPORT_H
 
-#include <initializer_list>
-#include <string>
-#include <vector>
-
+#include "vx_test_support.h"
 #include "vxcore.h"
 
 namespace vxtest {
 
-// The elements of `c` in index order.
+using U = std::vector<unsigned>;
+using S = std::vector<std::string>;
+
+// The elements of `c` in index order; null strings read as "<null>".
 template <class C>
-std::vector<unsigned> items(C& c) {
-  std::vector<unsigned> out;
+U items(C& c) {
+  U out;
   for (unsigned i = 0; i < c.numElems(); ++i) out.push_back(c[i]);
   return out;
 }
-
-inline std::vector<std::string> texts(VX_OrdContainer<VX_String>& c) {
-  std::vector<std::string> out;
+inline S texts(VX_OrdContainer<VX_String>& c) {
+  S out;
   for (unsigned i = 0; i < c.numElems(); ++i) {
     const char* t = static_cast<const VX_String&>(c[i]);
     out.push_back(t ? t : "<null>");
   }
+  return out;
+}
+
+// The block sizes of a chunked array; empty for other containers.
+inline U layout(const void*) { return {}; }
+inline U layout(VX_VCArray<unsigned>* a) {
+  U out;
+  for (unsigned b = 0; b < a->numBlocks(); ++b) out.push_back(a->blockCount(b));
   return out;
 }
 
@@ -35,11 +42,20 @@ bool fill(C& c, std::initializer_list<V> values) {
   return true;
 }
 
-// The cursor's index, or -1 for a null cursor.
+// The cursor's index, or -1 for a null cursor; the element under it, or ~0 without one.
 template <class C>
 long cursorAt(C& c) {
   unsigned i = 0;
   return c.getCurIndex(i) == VX_RET_TRUE ? static_cast<long>(i) : -1;
+}
+inline unsigned current(VX_I_Iterator<unsigned>& c) {
+  unsigned* p = nullptr;
+  return c.getCurElem(&p) == VX_RET_TRUE && p ? *p : ~0u;
+}
+
+// "file:line" of a report, then ": text" when it has one.
+inline std::string where(const Report& r) {
+  return r.file + ":" + std::to_string(r.line) + (r.text.empty() ? "" : ": " + r.text);
 }
 
 }  // namespace vxtest
