@@ -1,529 +1,269 @@
-// Files: opening and modes, shared streams, positioning, the binary encodings, whole objects
-// and the text operations, each against files the tests plant byte by byte.
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <cstdlib>
-#include <string>
+#include <sstream>
 
 #include "vx_file_test_support.h"
 #include "vx_test_support.h"
 
 namespace {
 
+using S = std::vector<int>;  // statuses (and numbers) of a sequence of calls, in call order
+constexpr int T = VX_RET_TRUE, F = VX_RET_FALSE, ARG = VX_RET_ERR_ARG, MEM = VX_RET_ERR_MEM, POBJ = VX_RET_ERR_POBJ,
+              GEN = VX_RET_ERR_GEN, CALL = VX_RET_ERR_CALL;
+
 class Files : public ::testing::Test {
  protected:
   vxtest::TempDir dir;
   vxtest::CaptureReporter rep;
   std::string path = dir.file("f");
-  // Plants `content` in the test's file and returns its path.
-  const char* with(const std::string& content) {
-    vxtest::writeFileBytes(path, content);
-    return path.c_str();
-  }
+  const char* name = path.c_str();
+  const char* with(const std::string& content) { return vxtest::writeFileBytes(path, content), name; }
   std::string bytes() const { return vxtest::readFileBytes(path); }
 };
 
-std::string restoreText(VX_FileBinary& f, unsigned char scramble, unsigned& size, VX_RET_STATUS& st) {
-  char* text = nullptr;
-  st = f.restoreVal(&text, size, scramble);
-  std::string out = text ? text : "<null>";
+// "status size text" of one restored text ("<null>" for none).
+std::string restoreText(VX_FileBinary& f, unsigned char scramble) {
+  char *const unset = reinterpret_cast<char*>(&f), *text = unset;
+  unsigned size = 99;
+  VX_RET_STATUS st = f.restoreVal(&text, size, scramble);
+  if (text == unset) return "text left unset";
+  std::string out = std::to_string(st) + " " + std::to_string(size) + " " + (text ? text : "<null>");
   std::free(text);
   return out;
 }
 
-}  // namespace
-
-TEST_F(Files, MissingFileFailsAndTheObjectCanOpenAgain) {
-  VX_FileBinary f;
-  EXPECT_EQ(f.open(path.c_str(), VX_FILE_READ), VX_RET_ERR_GEN);
-  EXPECT_TRUE(rep.mentions("Could not open file <" + path + ">\n"));
-  EXPECT_EQ(rep.count(VX_RET_ERR_GEN), 1);
-  EXPECT_EQ(f.isOpen(), VX_RET_FALSE);
-  EXPECT_EQ(f.open(path.c_str(), VX_FILE_CREATE), VX_RET_TRUE);
-  VX_String name;
-  EXPECT_EQ(f.getFileName(name), VX_RET_TRUE);
-  EXPECT_TRUE(name == path.c_str());
-  EXPECT_EQ(f.open(path.c_str(), VX_FILE_READ), VX_RET_ERR_CALL);  // over an open stream
-  EXPECT_EQ(f.isOpen(), VX_RET_TRUE);
-  EXPECT_EQ(f.close(), VX_RET_FALSE);  // success answers 0
-  EXPECT_EQ(f.isOpen(), VX_RET_FALSE);
+int next(VX_FileAscii& f) {
+  int ch = 0;
+  return f.get(ch), ch;
 }
 
-TEST_F(Files, BadArgumentsFailedConstructorAndClosedFiles) {
+}  // namespace
+
+TEST_F(Files, OpeningMissingFilesBadArgumentsAndClosedObjects) {
   VX_FileBinary f;
-  EXPECT_EQ(f.open(nullptr, VX_FILE_CREATE), VX_RET_ERR_ARG);
-  EXPECT_EQ(f.open(path.c_str(), static_cast<VX_FILE_MODE>(3)), VX_RET_ERR_ARG);
-  EXPECT_EQ(f.open(path.c_str(), static_cast<VX_FILE_MODE>(-1)), VX_RET_ERR_ARG);
-  EXPECT_EQ(rep.count(VX_RET_ERR_ARG), 3);
   char c = 0;
   unsigned size = 9;
-  EXPECT_EQ(f.read(&c, 1, 1), VX_RET_ERR_POBJ);
-  EXPECT_EQ(f.seek(0, 0), VX_RET_ERR_POBJ);
-  EXPECT_EQ(f.flush(), VX_RET_ERR_POBJ);
-  EXPECT_TRUE(f.eof());
-  EXPECT_EQ(f.persistVal(1, size), VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-
+  EXPECT_EQ((S{f.open(name, VX_FILE_READ), f.open(nullptr, VX_FILE_CREATE), f.open(name, VX_FILE_MODE(3)),
+               f.open(name, VX_FILE_MODE(-1)), f.read(&c, 1, 1), f.seek(0, 0), f.flush(), f.eof(),
+               f.persistVal(1, size), int(size), f.isOpen(), rep.mentions("Could not open file <" + path + ">\n")}),
+            (S{GEN, ARG, ARG, ARG, POBJ, POBJ, POBJ, 1, ARG, 0, F, 1}));
+  // Usable after the failures; opening over an open stream is refused; closing answers 0.
+  EXPECT_EQ((S{f.open(name, VX_FILE_CREATE), f.open(name, VX_FILE_READ), f.close(), f.isOpen()}), (S{T, CALL, F, F}));
   // The opening constructor leaves a failed object disabled; close() makes it usable again.
-  VX_FileAscii g(path.c_str(), VX_FILE_READ);
-  EXPECT_FALSE(g.objIsEnabled());
-  EXPECT_EQ(g.tell(), -1);
-  EXPECT_EQ(g.length(), -1);
-  EXPECT_EQ(g.isOpen(), VX_RET_ERR_POBJ);
-  EXPECT_EQ(g.open(path.c_str(), VX_FILE_CREATE), VX_RET_ERR_POBJ);
-  EXPECT_EQ(g.close(), VX_RET_FALSE);
-  EXPECT_EQ(g.open(path.c_str(), VX_FILE_CREATE), VX_RET_TRUE);
+  VX_FileAscii g(dir.file("none").c_str(), VX_FILE_READ);
+  EXPECT_EQ((S{g.objIsEnabled(), int(g.tell()), int(g.length()), g.isOpen(), g.open(name, VX_FILE_CREATE), g.close(),
+               g.open(name, VX_FILE_CREATE), rep.count(ARG)}),
+            (S{0, -1, -1, POBJ, POBJ, F, T, 4}));
 }
 
 TEST_F(Files, ModesCreateTruncateReadAndUpdate) {
-  {
-    VX_FileBinary f(with("old content"), VX_FILE_CREATE);  // truncates, and reads too
-    EXPECT_EQ(f.length(), 0);
-    EXPECT_EQ(f.write("abcd", 1, 4), VX_RET_TRUE);
-    char buf[4];
-    f.seek(0, 0);
-    EXPECT_EQ(f.read(buf, 1, 4), VX_RET_TRUE);
-    EXPECT_EQ(std::string(buf, 4), "abcd");
-  }
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_READWRITE);
-    char c = 0;
-    EXPECT_EQ(f.read(&c, 1, 1), VX_RET_TRUE);
-    EXPECT_EQ(f.write("X", 1, 1), VX_RET_TRUE);  // a write straight after a read
-    EXPECT_EQ(f.read(&c, 1, 1), VX_RET_TRUE);    // and a read straight after a write
-    EXPECT_EQ(c, 'c');
-  }
-  VX_FileBinary f(path.c_str(), VX_FILE_READ);
-  EXPECT_EQ(f.write("z", 1, 1), VX_RET_ERR_GEN);
-  EXPECT_TRUE(rep.mentions("fwrite() failed."));
+  char buf[4];
+  VX_FileBinary f(with("old content"), VX_FILE_CREATE);  // truncates, and reads too
+  EXPECT_EQ((S{int(f.length()), f.write("abcd", 1, 4), f.seek(0, 0), f.read(buf, 1, 4), buf[3]}), (S{0, T, T, T, 'd'}));
+  // A write straight after a read, and a read straight after a write.
+  EXPECT_EQ((S{f.close(), f.open(name, VX_FILE_READWRITE), f.read(buf, 1, 1), f.write("X", 1, 1), f.read(buf, 1, 1),
+               buf[0], f.close(), f.open(name, VX_FILE_READ), f.write("z", 1, 1), rep.mentions("fwrite() failed.")}),
+            (S{F, T, T, T, T, 'c', F, T, GEN, 1}));
   f.close();
   EXPECT_EQ(bytes(), "aXcd");
 
   // Paths reach the system with "/" for "\"; the name keeps the caller's text.
   std::string libraryPath = dir.path() + "\\sub.bin";
-  VX_FileBinary g(libraryPath.c_str(), VX_FILE_CREATE);
-  g.write("q", 1, 1);
-  g.close();
+  VX_String given;
+  EXPECT_EQ((S{f.open(libraryPath.c_str(), VX_FILE_CREATE), f.getFileName(given), given == libraryPath.c_str(),
+               f.write("q", 1, 1), f.close()}),
+            (S{T, T, 1, T, F}));
   EXPECT_EQ(vxtest::readFileBytes(dir.file("sub.bin")), "q");
-}
 
-TEST_F(Files, OpenAllocationFailuresLeaveTheFileClosed) {
-  with("data");
   int failed = vxtest::forEachAllocFailure([&](long) {
-    VX_FileBinary f;
-    VX_RET_STATUS st = f.open(path.c_str(), VX_FILE_READ, 1, 64);
-    if (st == VX_RET_TRUE) return;
-    EXPECT_EQ(st, VX_RET_ERR_MEM);
-    EXPECT_EQ(f.isOpen(), VX_RET_FALSE);
-    EXPECT_EQ(f.open(path.c_str(), VX_FILE_READ), VX_RET_TRUE);  // nothing left half-open
+    VX_FileBinary h;
+    VX_RET_STATUS st = h.open(name, VX_FILE_READ, 1, 64);
+    if (st == T) return;  // else nothing is left half-open
+    EXPECT_EQ((S{st, h.isOpen(), h.open(name, VX_FILE_READ)}), (S{MEM, F, T}));
   });
   EXPECT_EQ(failed, 4);  // name, system path, stream record, buffer
+
+  // A private buffer holds the tail until the flush; an unbuffered stream writes at once.
+  VX_FileBinary buffered(name, VX_FILE_CREATE, 1, 16);
+  EXPECT_EQ((S{buffered.write(std::string(40, 'b').data(), 1, 40), buffered.write("x", 1, 1), bytes().size() < 41,
+               buffered.flush(), int(bytes().size()), buffered.close()}),
+            (S{T, T, 1, T, 41, F}));
+  VX_FileAscii unbuffered(name, VX_FILE_CREATE, 1, 0);
+  unbuffered.print("%d", 7);
+  EXPECT_EQ(bytes(), "7");
 }
 
 TEST_F(Files, CopiesShareTheStreamAndNeverCloseIt) {
-  VX_FileBinary owner(path.c_str(), VX_FILE_CREATE);
-  VX_FileBinary copy;
+  VX_FileBinary owner(name, VX_FILE_CREATE), copy, again;
   copy = owner;
-  EXPECT_TRUE(copy == owner);
-  EXPECT_EQ(copy.write("ab", 1, 2), VX_RET_TRUE);
-  EXPECT_EQ(owner.tell(), 2);  // one stream, one position
-  EXPECT_EQ(copy.close(), VX_RET_FALSE);
-  { VX_FileBinary constructed(owner); }  // destroying a sharer leaves the stream open too
-  EXPECT_EQ(owner.write("cd", 1, 2), VX_RET_TRUE);
-  // Assigning the owner from its own sharer keeps the stream alive.
+  EXPECT_EQ((S{copy == owner, copy.write("ab", 1, 2), int(owner.tell()), copy.close()}), (S{1, T, 2, F}));
+  { VX_FileBinary constructed(owner); }
   VX_FileBinary late(owner);
-  owner = late;
-  EXPECT_EQ(owner.isOpen(), VX_RET_TRUE);
-
-  // Once the owner closes, sharers read as closed instead of using a dead stream.
-  VX_FileBinary again;
+  owner = late;  // from its own sharer: the stream stays alive
+  EXPECT_EQ((S{owner.write("cd", 1, 2), owner.isOpen()}), (S{T, T}));
+  // Once the owner closes, sharers read as closed instead of using a dead stream, and may open their own.
   again = late;
   owner.close();
-  EXPECT_EQ(late.isOpen(), VX_RET_FALSE);
-  EXPECT_EQ(again.write("e", 1, 1), VX_RET_ERR_POBJ);
+  EXPECT_EQ((S{late.isOpen(), again.write("e", 1, 1), late.open(name, VX_FILE_READ), int(late.length())}),
+            (S{F, POBJ, T, 4}));
   EXPECT_EQ(bytes(), "abcd");
-  EXPECT_EQ(late.open(path.c_str(), VX_FILE_READ), VX_RET_TRUE);  // and may open their own
-  EXPECT_EQ(late.length(), 4);
-
   // The target's own stream is closed (and flushed) before it takes the source's.
-  std::string other = dir.file("other");
-  VX_FileAscii fa(other.c_str(), VX_FILE_CREATE), fb(path.c_str(), VX_FILE_CREATE);
+  VX_FileAscii fa(dir.file("other").c_str(), VX_FILE_CREATE), fb(name, VX_FILE_CREATE);
   fb.print("target");
   fb = fa;
-  EXPECT_EQ(bytes(), "target");
-  EXPECT_TRUE(fb == fa);
-  EXPECT_FALSE(fa == VX_FileAscii());
+  EXPECT_EQ((S{bytes() == "target", fb == fa, fa == VX_FileAscii()}), (S{1, 1, 0}));
 }
 
-TEST_F(Files, SeekReportsTheSystemReason) {
+TEST_F(Files, SeekEofAndReadsPastTheEnd) {
   VX_FileBinary f(with("0123456789"), VX_FILE_READ);
-  EXPECT_EQ(f.seek(0, 3), VX_RET_ERR_ARG);
-  EXPECT_EQ(f.seek(-5, 0), VX_RET_ERR_GEN);
-  EXPECT_TRUE(rep.mentions("fseek() failed. errno(" + std::to_string(EINVAL) + ")"));
-  EXPECT_TRUE(rep.mentions("Invalid argument(s): offset(-5) whence(0)"));
-  EXPECT_EQ(f.tell(), 0);
-  EXPECT_EQ(f.seek(-3, 2), VX_RET_TRUE);
-  EXPECT_EQ(f.seek(1, 1), VX_RET_TRUE);
-  EXPECT_EQ(f.tell(), 8);
-  EXPECT_EQ(f.length(), 10);
-  EXPECT_EQ(f.tell(), 8);  // length keeps the position
-
-  // Past the end the system allows the seek; nothing reads there.
-  EXPECT_EQ(f.seek(100, 0), VX_RET_TRUE);
-  EXPECT_TRUE(f.eof());
-  char c;
-  EXPECT_EQ(f.read(&c, 1, 1), VX_RET_ERR_GEN);
-  EXPECT_TRUE(rep.mentions("fread() failed."));
+  EXPECT_EQ((S{f.seek(0, 3), f.seek(-5, 0), int(f.tell()), rep.mentions("Invalid argument(s): offset(-5) whence(0)"),
+               rep.mentions("fseek() failed. errno(" + std::to_string(EINVAL) + ")")}),
+            (S{ARG, GEN, 0, 1, 1}));
+  // length keeps the position; eof looks ahead without moving, true right after the last byte.
+  char buf[2];
+  EXPECT_EQ((S{f.seek(-3, 2), f.seek(1, 1), int(f.length()), int(f.tell()), f.eof(), f.read(buf, 1, 2), f.eof(),
+               f.seek(9, 0), f.eof(), f.read(buf, 1, 1), buf[0], VX_FileBinary(with(""), VX_FILE_READ).eof()}),
+            (S{T, T, 10, 8, 0, T, 1, T, 0, T, '9', 1}));
   int value = 0;
   unsigned size = 3;
-  EXPECT_EQ(f.restoreVal(value, size), VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-}
-
-TEST_F(Files, EofLooksAheadWithoutMoving) {
-  VX_FileBinary empty(with(""), VX_FILE_READ);
-  EXPECT_TRUE(empty.eof());
-  VX_FileBinary f(with("xy"), VX_FILE_READ);
-  EXPECT_FALSE(f.eof());
-  char buf[2];
-  ASSERT_EQ(f.read(buf, 1, 2), VX_RET_TRUE);
-  EXPECT_TRUE(f.eof());  // right after the last byte, before any failed read
-  EXPECT_EQ(f.tell(), 2);
-  f.seek(1, 0);
-  EXPECT_FALSE(f.eof());
-  ASSERT_EQ(f.read(buf, 1, 1), VX_RET_TRUE);
-  EXPECT_EQ(buf[0], 'y');
+  EXPECT_EQ((S{f.seek(100, 0), f.eof(), f.read(buf, 1, 1), rep.mentions("fread() failed."), f.restoreVal(value, size),
+               int(size)}),
+            (S{T, 1, GEN, 1, ARG, 0}));
 }
 
 TEST_F(Files, PrimitivesAreFixedWidthLittleEndian) {
-  unsigned sizes[12];
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-    f.persistVal('A', sizes[0]);
-    f.persistVal(static_cast<unsigned char>(0xFE), sizes[1]);
-    f.persistVal(static_cast<short>(-2), sizes[2]);
-    f.persistVal(static_cast<unsigned short>(0x1234), sizes[3]);
-    f.persistVal(-1, sizes[4]);
-    f.persistVal(0x01020304u, sizes[5]);
-    f.persistVal(0x7FFFFFFF00000005L, sizes[6]);  // only the low 32 bits are stored
-    f.persistVal(0xFFFFFFFFUL, sizes[7]);
-    f.persistVal(1.0f, sizes[8]);
-    f.persistVal(-2.0, sizes[9]);
-    f.persistVal(reinterpret_cast<void*>(0x1122334455667788ULL), sizes[10]);
-    f.persistVal("hi", sizes[11]);
-  }
-  const unsigned expectedSizes[12] = {1, 1, 2, 2, 4, 4, 4, 4, 4, 8, 4, 3};
-  for (int i = 0; i < 12; ++i) EXPECT_EQ(sizes[i], expectedSizes[i]) << i;
+  VX_FileBinary f(name, VX_FILE_CREATE);
+  auto put = [&](auto v) { unsigned n = 99; EXPECT_EQ(f.persistVal(v, n), T); return int(n); };
+  EXPECT_EQ((S{put('A'), put((unsigned char)0xFE), put(short(-2)), put((unsigned short)0x1234), put(-1),
+               put(0x01020304u), put(0x7FFFFFFF00000005L),  // only the low 32 bits are stored
+               put(0xFFFFFFFFUL), put(1.0f), put(-2.0), put((void*)0x1122334455667788ULL), put("hi")}),
+            (S{1, 1, 2, 2, 4, 4, 4, 4, 4, 8, 4, 3}));
+  f.flush();
   EXPECT_EQ(bytes(), std::string("A\xFE\xFE\xFF\x34\x12\xFF\xFF\xFF\xFF\x04\x03\x02\x01\x05\0\0\0\xFF\xFF\xFF\xFF"
                                  "\0\0\x80\x3F\0\0\0\0\0\0\0\xC0\x88\x77\x66\x55hi\0",
                                  41));
-
-  VX_FileBinary f(path.c_str(), VX_FILE_READ);
-  char c;
-  unsigned char uc;
-  short s;
-  unsigned short us;
-  int i;
-  unsigned u;
-  long l;
-  unsigned long ul;
-  float fl;
-  double d;
-  void* p;
-  unsigned n = 0;
-  for (VX_RET_STATUS st : {f.restoreVal(c, n), f.restoreVal(uc, n), f.restoreVal(s, n), f.restoreVal(us, n),
-                           f.restoreVal(i, n), f.restoreVal(u, n), f.restoreVal(l, n), f.restoreVal(ul, n),
-                           f.restoreVal(fl, n), f.restoreVal(d, n), f.restoreVal(p, n)})
-    EXPECT_EQ(st, VX_RET_TRUE);
-  EXPECT_EQ(n, 4u);
-  EXPECT_EQ(f.tell(), 38);  // every value took its stored width
-  EXPECT_EQ(c, 'A');
-  EXPECT_EQ(uc, 0xFE);
-  EXPECT_EQ(s, -2);
-  EXPECT_EQ(us, 0x1234);
-  EXPECT_EQ(i, -1);
-  EXPECT_EQ(u, 0x01020304u);
-  EXPECT_EQ(l, 5L);
-  EXPECT_EQ(ul, 0xFFFFFFFFUL);  // not sign-extended
-  EXPECT_EQ(fl, 1.0f);
-  EXPECT_EQ(d, -2.0);
-  EXPECT_EQ(p, reinterpret_cast<void*>(0x55667788ULL));  // the stored number, nothing more
-
+  f.seek(0, 0);
+  auto get = [&](auto v) { unsigned n = 0; EXPECT_EQ(f.restoreVal(v, n), T); return v; };
+  std::ostringstream got;
+  got << int(get(char())) << ' ' << int(get((unsigned char)0)) << ' ' << get(short()) << ' ' << get((unsigned short)0)
+      << ' ' << get(0) << ' ' << get(0u) << ' ' << get(0L) << ' ' << get(0UL) << ' ' << get(0.0f) << ' ' << get(0.0)
+      << ' ' << get(static_cast<void*>(nullptr)) << ' ' << f.tell();
+  // The unsigned long is not sign-extended; the pointer is the stored number, nothing more.
+  EXPECT_EQ(got.str(), "65 254 -2 4660 -1 16909060 5 4294967295 1 -2 0x55667788 38");
   // A negative long comes back sign-extended; two bytes left for an int is a short read.
   VX_FileBinary g(with(std::string("\xFB\xFF\xFF\xFF\x01\x00", 6)), VX_FILE_READ);
-  EXPECT_EQ(g.restoreVal(l, n), VX_RET_TRUE);
-  EXPECT_EQ(l, -5L);
-  i = 42;
-  EXPECT_EQ(g.restoreVal(i, n), VX_RET_ERR_GEN);
-  EXPECT_EQ(n, 0u);
-  EXPECT_EQ(i, 42);
-  EXPECT_TRUE(rep.mentions("fread() failed."));
+  long l = 0;
+  int i = 42;
+  unsigned n = 9;
+  EXPECT_EQ((S{g.restoreVal(l, n), l == -5L, g.restoreVal(i, n), int(n), i}), (S{T, 1, GEN, 0, 42}));
 }
 
-TEST_F(Files, TextsNullEmptyAndScrambled) {
+TEST_F(Files, TextsNullEmptyScrambledUnterminatedLongAndOutOfMemory) {
   unsigned size = 0;
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-    EXPECT_EQ(f.persistVal(static_cast<const char*>(nullptr), size), VX_RET_TRUE);
-    EXPECT_EQ(size, 1u);
-    EXPECT_EQ(f.persistVal("Ab", size, 1), VX_RET_TRUE);
-    EXPECT_EQ(size, 3u);
-    EXPECT_EQ(f.persistVal("a\xFFz", size, 1), VX_RET_TRUE);  // 0xFF inverts to a zero byte
-  }
+  VX_FileBinary f(name, VX_FILE_CREATE);
+  EXPECT_EQ((S{f.persistVal(static_cast<const char*>(nullptr), size), int(size), f.persistVal("Ab", size, 1),
+               int(size), f.persistVal("a\xFFz", size, 1), f.flush()}),  // 0xFF inverts to a zero byte
+            (S{T, 1, T, 3, T, T}));
   EXPECT_EQ(bytes(), std::string("\0\xBE\x9D\0\x9E\0\x85\0", 8));
-
-  VX_FileBinary f(path.c_str(), VX_FILE_READ);
-  VX_RET_STATUS st;
-  EXPECT_EQ(restoreText(f, 0, size, st), "");
-  EXPECT_EQ(size, 1u);
-  EXPECT_EQ(restoreText(f, 1, size, st), "Ab");
-  EXPECT_EQ(size, 3u);
-  // The stored text is cut at the inverted 0xFF; the rest reads as the next text.
-  EXPECT_EQ(restoreText(f, 1, size, st), "a");
-  EXPECT_EQ(restoreText(f, 1, size, st), "z");
-  EXPECT_EQ(restoreText(f, 0, size, st), "<null>");
-  EXPECT_EQ(st, VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-}
-
-TEST_F(Files, TextsUnterminatedAndLong) {
+  f.seek(0, 0);
+  EXPECT_EQ(restoreText(f, 0), "1 1 ");
+  EXPECT_EQ(restoreText(f, 1), "1 3 Ab");
+  EXPECT_EQ(restoreText(f, 1), "1 2 a");  // cut at the inverted 0xFF; the rest is the next text
+  EXPECT_EQ(restoreText(f, 1), "1 2 z");
+  EXPECT_EQ(restoreText(f, 0), "3 0 <null>");
   VX_FileBinary tail(with("tail"), VX_FILE_READ);  // runs into the end of the file
-  unsigned size = 0;
-  VX_RET_STATUS st;
-  EXPECT_EQ(restoreText(tail, 0, size, st), "tail");
-  EXPECT_EQ(st, VX_RET_TRUE);
-  EXPECT_EQ(size, 5u);
-  tail.close();
+  EXPECT_EQ(restoreText(tail, 0), "1 5 tail");
 
   // Past the first work buffer; scrambling round-trips every byte but 0xFF.
   std::string big;
   for (int i = 0; i < 5000; ++i) big += static_cast<char>(1 + i % 254);
-  VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-  ASSERT_EQ(f.persistVal(big.c_str(), size, 1), VX_RET_TRUE);
-  EXPECT_EQ(size, 5001u);
-  ASSERT_EQ(f.persistVal(big.c_str(), size), VX_RET_TRUE);
-  f.seek(0, 0);
-  EXPECT_EQ(restoreText(f, 1, size, st), big);
-  EXPECT_EQ(size, 5001u);
-  EXPECT_EQ(restoreText(f, 0, size, st), big);
-}
+  VX_FileBinary g(dir.file("big").c_str(), VX_FILE_CREATE);
+  EXPECT_EQ((S{g.persistVal(big.c_str(), size, 1), int(size), g.persistVal(big.c_str(), size), g.seek(0, 0)}),
+            (S{T, 5001, T, T}));
+  EXPECT_EQ(restoreText(g, 1), "1 5001 " + big);
+  EXPECT_EQ(restoreText(g, 0), "1 5001 " + big);
 
-TEST_F(Files, TextAllocationFailures) {
-  std::string big(3000, 'k');
-  VX_FileBinary out(path.c_str(), VX_FILE_CREATE);
-  unsigned size = 7;
-  vxtest::failNextAlloc();
-  EXPECT_EQ(out.persistVal("secret", size, 1), VX_RET_ERR_MEM);
-  EXPECT_EQ(size, 0u);
-  EXPECT_EQ(out.length(), 0);  // nothing written
-  out.persistVal(big.c_str(), size);
-  out.seek(0, 0);
-  int failed = vxtest::forEachAllocFailure([&](long) {
-    out.seek(0, 0);
-    char* text = reinterpret_cast<char*>(&out);
-    VX_RET_STATUS st = out.restoreVal(&text, size, 0);
-    if (st == VX_RET_TRUE) {
-      EXPECT_EQ(std::string(text), big);
-      std::free(text);
-      return;
-    }
-    EXPECT_EQ(st, VX_RET_ERR_MEM);
-    EXPECT_EQ(text, nullptr);
+  EXPECT_EQ((S{(vxtest::failNextAlloc(), g.persistVal("secret", size, 1)), int(size), int(g.length()), rep.count(MEM)}),
+            (S{MEM, 0, 2 * 5001, 1}));
+  int failed = vxtest::forEachAllocFailure([&](long n) {
+    g.seek(0, 0);
+    std::string got = restoreText(g, 1);
+    EXPECT_EQ(got, vxtest::allocFaultPending() ? "1 5001 " + big : "4 0 <null>") << n;
   });
-  EXPECT_EQ(failed, 4);  // first buffer, two growths, result copy
+  EXPECT_EQ(failed, 5);  // first buffer, three doublings, result copy
 }
 
 TEST_F(Files, WholeObjectsArePackedBlocks) {
-  VX_Version v(1, 2, 3);
-  VX_String s("hello");
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-    EXPECT_EQ(f.write(v), VX_RET_TRUE);
-    EXPECT_EQ(f.write(s), VX_RET_TRUE);
-  }
+  VX_Version v(1, 2, 3), back;
+  VX_String s("hello"), text("xxx");
+  VX_FileBinary f(name, VX_FILE_CREATE);
+  EXPECT_EQ((S{f.write(v), f.write(s), f.flush()}), (S{T, T, T}));
   EXPECT_EQ(bytes(), std::string("\1\0\0\0\2\0\0\0\3\0\0\0\6\0\0\0hello\0", 22));
-  VX_FileBinary f(path.c_str(), VX_FILE_READ);
-  VX_Version back;
-  VX_String text("xxx");
-  EXPECT_EQ(f.read(back), VX_RET_TRUE);
-  EXPECT_TRUE(back == v);
-  EXPECT_EQ(f.read(text, 10), VX_RET_TRUE);  // content-sized: read with an explicit size
-  EXPECT_TRUE(text == "hello");
+  EXPECT_EQ((S{f.seek(0, 0), f.read(back), back == v, f.read(text, 10), text == "hello"}), (S{T, T, 1, T, 1}));
+  EXPECT_EQ((S{f.seek(0, 0), (vxtest::failNextAlloc(), f.read(v)), f.close(), f.open(name, VX_FILE_CREATE),
+               (vxtest::failNextAlloc(), f.write(v)), int(f.length()), rep.count(MEM), VX_FileBinary().write(s)}),
+            (S{T, MEM, F, T, MEM, 0, 2, POBJ}));
 
-  VX_FileAscii a(dir.file("ascii").c_str(), VX_FILE_CREATE);
-  EXPECT_EQ(a.write(v), VX_RET_TRUE);
-  a.seek(0, 0);
-  EXPECT_EQ(a.read(back), VX_RET_TRUE);
-  EXPECT_TRUE(back == v);
-  VX_FileBinary closed;
-  EXPECT_EQ(closed.write(s), VX_RET_ERR_POBJ);
+  // A count claiming far more than the file holds is refused before any allocation.
+  VX_FileBinary h(with(std::string("\xFF\xFF\xFF\x7F" "abcd", 8)), VX_FILE_READ);
+  EXPECT_EQ((S{(vxtest::failNextAlloc(), h.read(s, 0xFFFFFFF0u)), vxtest::allocFaultPending(), int(h.tell()),
+               rep.mentions("fread() failed."), (vxtest::clearAllocFault(), h.read(s, 8)), s == "abcd"}),
+            (S{GEN, 1, 0, 1, T, 1}));
 }
 
-TEST_F(Files, HostileSizesNeverAllocateBeyondTheFile) {
-  // A packed text whose count claims far more than the block holds.
-  VX_FileBinary f(with(std::string("\xFF\xFF\xFF\x7F" "abcd", 8)), VX_FILE_READ);
-  VX_String s("x");
-  vxtest::failNextAlloc();
-  EXPECT_EQ(f.read(s, 0xFFFFFFF0u), VX_RET_ERR_GEN);  // refused before any allocation
-  EXPECT_TRUE(vxtest::allocFaultPending());
-  vxtest::clearAllocFault();
-  EXPECT_TRUE(rep.mentions("fread() failed."));
-  EXPECT_EQ(f.tell(), 0);
-  EXPECT_EQ(f.read(s, 8), VX_RET_TRUE);  // unpacking stays inside what was read
-  EXPECT_TRUE(s == "abcd");
-
-  VX_Version v(4, 5, 6);
-  VX_FileBinary g(path.c_str(), VX_FILE_CREATE);
-  vxtest::failNextAlloc();
-  EXPECT_EQ(g.write(v), VX_RET_ERR_MEM);
-  EXPECT_EQ(g.length(), 0);
-  ASSERT_EQ(g.write(v), VX_RET_TRUE);
-  g.seek(0, 0);
-  vxtest::failNextAlloc();
-  EXPECT_EQ(g.read(v), VX_RET_ERR_MEM);
-  EXPECT_EQ(rep.count(VX_RET_ERR_MEM), 2);
-}
-
-TEST_F(Files, PrivateAndUnbufferedStreams) {
-  VX_FileBinary buffered(path.c_str(), VX_FILE_CREATE, 1, 16);
-  std::string data(40, 'b');
-  EXPECT_EQ(buffered.write(data.data(), 1, 40), VX_RET_TRUE);
-  EXPECT_EQ(buffered.write("x", 1, 1), VX_RET_TRUE);
-  EXPECT_LT(bytes().size(), 41u);  // the tail is still in the private buffer
-  EXPECT_EQ(buffered.flush(), VX_RET_TRUE);
-  EXPECT_EQ(bytes().size(), 41u);
-  buffered.close();
-  VX_FileAscii unbuffered(path.c_str(), VX_FILE_CREATE, 1, 0);
-  unbuffered.print("%d", 7);
-  EXPECT_EQ(bytes(), "7");  // written at once
-}
-
-TEST_F(Files, PrintScanAndCharacters) {
-  VX_FileAscii f(path.c_str(), VX_FILE_CREATE);
-  EXPECT_EQ(f.print("%d %s %.1f\n", 42, "word", 2.5), VX_RET_TRUE);
-  f.seek(0, 0);
-  int i = 0;
+TEST_F(Files, PrintScanCharactersAndLines) {
+  VX_FileAscii f(name, VX_FILE_CREATE);
+  int i = 0, ch = 0;
   float x = 0;
   VX_String w;
-  EXPECT_EQ(f.scan(i), VX_RET_TRUE);
-  EXPECT_EQ(f.scan(w), VX_RET_TRUE);
-  EXPECT_EQ(f.scan(x), VX_RET_TRUE);
-  EXPECT_TRUE(i == 42 && w == "word" && x == 2.5f);
-  EXPECT_EQ(f.scan(w), VX_RET_FALSE);  // nothing left; the word is kept
-  EXPECT_TRUE(w == "word");
-
-  f.seek(0, 0);
-  int ch = 0;
-  EXPECT_EQ(f.get(ch), VX_RET_TRUE);
-  EXPECT_EQ(f.unget('Z'), VX_RET_TRUE);
-  EXPECT_EQ(f.get(ch), VX_RET_TRUE);
-  EXPECT_EQ(ch, 'Z');
-  f.seek(0, 2);
-  EXPECT_EQ(f.put('!'), VX_RET_TRUE);
-  EXPECT_EQ(f.get(ch), VX_RET_FALSE);
-  EXPECT_EQ(ch, EOF);
-  EXPECT_EQ(f.length(), 13);
-  EXPECT_TRUE(rep.reports.empty());
-
-  // Words are cut at 1024 characters; the rest is the next word.
+  EXPECT_EQ((S{f.print("%d %s %.1f\n", 42, "word", 2.5), f.seek(0, 0), f.scan(i), f.scan(w), f.scan(x), f.scan(w), i,
+               w == "word", x == 2.5f}),
+            (S{T, T, T, T, T, F, 42, 1, 1}));
+  EXPECT_EQ((S{f.seek(0, 0), next(f), f.unget('Z'), next(f), f.seek(0, 2), f.put('!'), f.get(ch), ch, int(f.length()),
+               int(rep.reports.size())}),
+            (S{T, '4', T, 'Z', T, T, F, EOF, 13, 0}));
   VX_FileAscii g(with(std::string(1030, 'w') + " next"), VX_FILE_READ);
-  ASSERT_EQ(g.scan(w), VX_RET_TRUE);
-  EXPECT_EQ(w.strLeng(), 1024u);
-  ASSERT_EQ(g.scan(w), VX_RET_TRUE);
-  EXPECT_TRUE(w == "wwwwww");
-  vxtest::failNextAlloc();
-  EXPECT_EQ(g.scan(w), VX_RET_ERR_MEM);
+  EXPECT_EQ((S{g.scan(w), int(w.strLeng()), g.scan(w), w == "wwwwww", (vxtest::failNextAlloc(), g.scan(w))}),
+            (S{T, 1024, T, 1, MEM}));
+  VX_FileAscii h(with("alpha,beta\ngamma"), VX_FILE_READ);
+  char b[16];
+  EXPECT_EQ((S{h.getline(b, 15, ",\n"), b == std::string("alpha"), h.getline(b, 3, "\n"), b == std::string("bet"),
+               h.getline(b, 15, "\n"), b == std::string("a"), h.getline(b, 15, nullptr), b == std::string("gamma"),
+               h.getline(nullptr, 15, "\n")}),
+            (S{T, 1, T, 1, T, 1, F, 1, ARG}));
 }
 
-TEST_F(Files, GetlineStopsAtDelimitersMaxAndEnd) {
-  VX_FileAscii f(with("alpha,beta\ngamma"), VX_FILE_READ);
-  char buf[16];
-  EXPECT_EQ(f.getline(buf, 15, ",\n"), VX_RET_TRUE);
-  EXPECT_STREQ(buf, "alpha");  // the delimiter is consumed, not stored
-  EXPECT_EQ(f.getline(buf, 3, "\n"), VX_RET_TRUE);
-  EXPECT_STREQ(buf, "bet");  // max characters stored, the rest stays
-  EXPECT_EQ(f.getline(buf, 15, "\n"), VX_RET_TRUE);
-  EXPECT_STREQ(buf, "a");
-  EXPECT_EQ(f.getline(buf, 15, nullptr), VX_RET_FALSE);  // no delimiters: up to the end
-  EXPECT_STREQ(buf, "gamma");
-  EXPECT_EQ(f.getline(nullptr, 15, "\n"), VX_RET_ERR_ARG);
-}
-
-TEST_F(Files, LineCountsFromTheCurrentPosition) {
-  struct Case {
-    const char* content;
-    unsigned lines;
-  } cases[] = {{"", 0}, {"a", 1}, {"a\n", 1}, {"a\nb", 2}, {"a\nb\n", 2}, {"\n\n", 2}};
-  for (const Case& c : cases) EXPECT_EQ(VX_FileAscii(with(c.content), VX_FILE_READ).getNumLines(), c.lines) << c.content;
-  VX_FileAscii f(with("one\ntwo\nthree"), VX_FILE_READ);
-  f.seek(5, 0);
-  EXPECT_EQ(f.getNumLines(), 2u);
-  int ch;
-  f.get(ch);
-  EXPECT_EQ(ch, 'w');  // position kept, and the end-of-file flag of the count is gone
-  EXPECT_EQ(VX_FileAscii().getNumLines(), 0u);
-}
-
-TEST_F(Files, LinePositionsCountLineEndsAsTwoBytes) {
+TEST_F(Files, LineCountsPositionsAndSearches) {
+  for (auto c : {std::pair{"", 0}, {"a", 1}, {"a\n", 1}, {"a\nb", 2}, {"a\nb\n", 2}, {"\n\n", 2}})
+    EXPECT_EQ(int(VX_FileAscii(with(c.first), VX_FILE_READ).getNumLines()), c.second) << c.first;
   unsigned line = 9, column = 9;
-  EXPECT_EQ(VX_FileAscii(with(""), VX_FILE_READ).getLinePos(5, line, column), VX_RET_TRUE);
-  EXPECT_EQ(line + column, 0u);
+  EXPECT_EQ((S{int(VX_FileAscii().getNumLines()), VX_FileAscii(with(""), VX_FILE_READ).getLinePos(5, line, column),
+               int(line), int(column), VX_FileAscii().getLinePos(3, line, column)}),
+            (S{0, T, 0, 0, POBJ}));
+  // Counting starts at the current position, which is kept (and the count's end-of-file flag is gone).
   VX_FileAscii f(with("ab\ncd\nef"), VX_FILE_READ);
-  f.seek(3, 0);
+  EXPECT_EQ((S{f.seek(4, 0), int(f.getNumLines()), next(f)}), (S{T, 2, 'd'}));
   // Offsets as a file with two-byte line ends counts them: a=0 b=1 (line end)=2,3 c=4 ...
-  struct Case {
-    long offset;
-    unsigned line, column;
-  } cases[] = {{0, 0, 0}, {2, 0, 2}, {3, 1, 0}, {4, 1, 0}, {5, 1, 1}, {9, 2, 1}, {100, 2, 2}};
-  for (const Case& c : cases) {
-    EXPECT_EQ(f.getLinePos(c.offset, line, column), VX_RET_TRUE);
-    EXPECT_EQ(line, c.line) << c.offset;
-    EXPECT_EQ(column, c.column) << c.offset;
-  }
-  EXPECT_EQ(f.tell(), 3);
+  for (S c : {S{0, 0, 0}, S{2, 0, 2}, S{3, 1, 0}, S{4, 1, 0}, S{5, 1, 1}, S{9, 2, 1}, S{100, 2, 2}})
+    EXPECT_EQ((S{f.getLinePos(c[0], line, column), int(line), int(column)}), (S{T, c[1], c[2]})) << c[0];
+  EXPECT_EQ((S{int(f.tell()), f.gotoLinePos(1, 1), next(f), f.gotoLinePos(2, 2), int(f.tell()), f.seek(1, 0),
+               f.gotoLinePos(0, 5), f.gotoLinePos(7, 0), int(f.tell())}),
+            (S{5, T, 'd', T, 8, T, F, F, 1}));
 
-  EXPECT_EQ(f.gotoLinePos(1, 1), VX_RET_TRUE);
-  int ch;
-  f.get(ch);
-  EXPECT_EQ(ch, 'd');
-  EXPECT_EQ(f.gotoLinePos(2, 2), VX_RET_TRUE);  // the end of the last line
-  EXPECT_EQ(f.tell(), 8);
-  f.seek(1, 0);
-  EXPECT_EQ(f.gotoLinePos(0, 5), VX_RET_FALSE);  // line 0 is shorter
-  EXPECT_EQ(f.gotoLinePos(7, 0), VX_RET_FALSE);
-  EXPECT_EQ(f.tell(), 1);
-  EXPECT_EQ(VX_FileAscii().getLinePos(3, line, column), VX_RET_ERR_POBJ);
-}
-
-TEST_F(Files, SearchTextFromTheCurrentPosition) {
-  // The last needle straddles the search's internal chunk boundary.
+  // The last needle straddles the search's internal chunk boundary; the stream is left at a match.
   std::string content = "find me\nthen find me again\n" + std::string(4090, '.') + "needle!";
-  VX_FileAscii f(with(content), VX_FILE_READ);
+  f.close();
+  f.open(with(content), VX_FILE_READ);
+  rep.clear();
   long offset = -1;
-  EXPECT_EQ(f.searchText("find", offset), VX_RET_TRUE);
-  EXPECT_EQ(offset, 0);
-  f.seek(1, 1);
-  EXPECT_EQ(f.searchText("find", offset), VX_RET_TRUE);
-  EXPECT_EQ(offset, 13);
-  EXPECT_EQ(f.tell(), 13);  // left at the match
-  EXPECT_EQ(f.searchText("needle", offset), VX_RET_TRUE);
-  EXPECT_EQ(offset, static_cast<long>(content.find("needle")));
-  unsigned line = 0, column = 0;
-  f.seek(2, 0);
-  EXPECT_EQ(f.searchText("me again", line, column), VX_RET_TRUE);
-  EXPECT_EQ(line, 1u);
-  EXPECT_EQ(column, 10u);
-  EXPECT_EQ(f.tell(), static_cast<long>(content.find("me again")));
-  EXPECT_TRUE(rep.reports.empty());
-
-  // Not found: the final short read is reported and the position is kept.
-  f.seek(20, 0);
-  EXPECT_EQ(f.searchText("absent", offset), VX_RET_ERR_GEN);
-  EXPECT_TRUE(rep.mentions("fread() failed."));
-  EXPECT_EQ(f.tell(), 20);
-  EXPECT_EQ(f.searchText("", offset), VX_RET_FALSE);
-  EXPECT_EQ(f.searchText(nullptr, offset), VX_RET_ERR_ARG);
-  vxtest::failNextAlloc();
-  EXPECT_EQ(f.searchText("x", offset), VX_RET_ERR_MEM);
+  EXPECT_EQ((S{f.searchText("find", offset), int(offset), f.seek(1, 1), f.searchText("find", offset), int(offset),
+               int(f.tell()), f.searchText("needle", offset), int(offset), f.seek(2, 0),
+               f.searchText("me again", line, column), int(line), int(column), int(f.tell()), int(rep.reports.size())}),
+            (S{T, 0, T, T, 13, 13, T, int(content.find("needle")), T, T, 1, 10, int(content.find("me again")), 0}));
+  EXPECT_EQ((S{f.seek(20, 0), f.searchText("absent", offset), int(f.tell()), rep.mentions("fread() failed."),
+               f.searchText("", offset), f.searchText(nullptr, offset),
+               (vxtest::failNextAlloc(), f.searchText("x", offset))}),
+            (S{T, GEN, 20, 1, F, ARG, MEM}));
 }

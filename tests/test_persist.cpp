@@ -2,215 +2,91 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 #include "vx_file_test_support.h"
 #include "vx_test_support.h"
 
 namespace {
 
-// A persistable whose packed form the test controls: `promised` bytes announced, `written`
-// bytes filled with 'p', or a failure status from its own pack.
+using S = std::vector<int>;  // statuses (and numbers) of a sequence of calls, in call order
+constexpr int T = VX_RET_TRUE, ARG = VX_RET_ERR_ARG, MEM = VX_RET_ERR_MEM, GEN = VX_RET_ERR_GEN, NSUP = VX_RET_ERR_NSUP;
+
+// Announces `promised` bytes, fills `written` with 'p' and answers `packStatus`.
 class Probe : public VX_Persistable {
  public:
-  unsigned promised = 6;
-  unsigned written = 6;
+  unsigned promised = 6, written = 6;
   VX_RET_STATUS packStatus = VX_RET_TRUE;
-
   using VX_Persistable::pack;
   VX_RET_STATUS pack(VX_Version&, char* buffer, unsigned int& size, VX_STORAGE_TYPE) override {
-    size = 0;
-    if (packStatus > 2) return packStatus;
-    std::memset(buffer, 'p', written);
-    size = written;
-    return packStatus;
+    size = packStatus > 2 ? 0 : written;
+    return std::memset(buffer, 'p', written), packStatus;
   }
   unsigned int getPackedSize(VX_Version&, VX_STORAGE_TYPE) override { return promised; }
-  VX_RET_STATUS unpack(VX_Version&, char*, unsigned int& size, VX_STORAGE_TYPE) override {
-    size = 0;
-    return VX_RET_ERR_NIMP;
-  }
-  VX_RET_STATUS persist(VX_Version&, VX_FileBinary&, unsigned int& size) override {
-    size = 0;
-    return VX_RET_ERR_NIMP;
-  }
-  VX_RET_STATUS restore(VX_Version&, VX_FileBinary&, unsigned int& size) override {
-    size = 0;
-    return VX_RET_ERR_NIMP;
-  }
+  VX_RET_STATUS unpack(VX_Version&, char*, unsigned int&, VX_STORAGE_TYPE) override { return VX_RET_ERR_NIMP; }
+  VX_RET_STATUS persist(VX_Version&, VX_FileBinary&, unsigned int&) override { return VX_RET_ERR_NIMP; }
+  VX_RET_STATUS restore(VX_Version&, VX_FileBinary&, unsigned int&) override { return VX_RET_ERR_NIMP; }
 };
 
 }  // namespace
 
-TEST(Persistable, AllocatingPackFillsABlockOfThePackedSize) {
+// Failures after the allocation leave the block with the caller; the class's own is not reported again.
+TEST(Persistable, AllocatingPack) {
   vxtest::CaptureReporter rep;
   Probe probe;
   VX_Version fmt;
-  char* block = nullptr;
-  unsigned size = 0;
-  ASSERT_EQ(probe.pack(fmt, &block, &size, VX_STORAGE_BINARY), VX_RET_TRUE);
-  EXPECT_EQ(size, 6u);
-  EXPECT_EQ(std::string(block, 6), "pppppp");
-  std::free(block);
-
-  // Without a size argument the block is still made and the byte count is not checked.
-  block = nullptr;
-  probe.written = 4;
-  ASSERT_EQ(probe.pack(fmt, &block, nullptr, VX_STORAGE_BINARY), VX_RET_TRUE);
-  ASSERT_NE(block, nullptr);
-  std::free(block);
-
-  size = 9;
-  EXPECT_EQ(probe.pack(fmt, nullptr, &size, VX_STORAGE_BINARY), VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-  size = 9;
-  EXPECT_EQ(probe.allocatePackBlock(fmt, nullptr, &size, VX_STORAGE_BINARY), VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-  EXPECT_EQ(rep.count(VX_RET_ERR_ARG), 2);
-}
-
-TEST(Persistable, FailuresAfterAllocationLeaveTheBlockWithTheCaller) {
-  vxtest::CaptureReporter rep;
-  Probe probe;
-  VX_Version fmt;
-
-  // Fewer bytes written than promised is an internal inconsistency.
-  probe.written = 4;
-  char* block = nullptr;
-  unsigned size = 0;
-  EXPECT_EQ(probe.pack(fmt, &block, &size, VX_STORAGE_BINARY), VX_RET_ERR_GEN);
-  EXPECT_EQ(rep.count(VX_RET_ERR_GEN), 1);
-  EXPECT_NE(block, nullptr);
-  std::free(block);
-
-  // The class's own failure comes back unchanged, and is not reported a second time.
-  rep.clear();
-  probe.packStatus = VX_RET_ERR_NSUP;
-  block = nullptr;
-  EXPECT_EQ(probe.pack(fmt, &block, &size, VX_STORAGE_BINARY), VX_RET_ERR_NSUP);
-  EXPECT_NE(block, nullptr);
-  EXPECT_TRUE(rep.reports.empty());
-  std::free(block);
-}
-
-TEST(Persistable, AllocationFailureIncludingZeroSizedBlocks) {
-  vxtest::CaptureReporter rep;
-  Probe probe;
-  VX_Version fmt;
+  // Rows: bytes written, pack status, size given; then status, size and reports expected.
+  for (S c : {S{6, T, 1, T, 6, 0}, S{4, T, 0, T, 0, 0}, S{4, T, 1, GEN, 0, 1}, S{6, NSUP, 1, NSUP, 0, 0}}) {
+    probe.written = unsigned(c[0]);
+    probe.packStatus = VX_RET_STATUS(c[1]);
+    char* block = nullptr;
+    unsigned size = 0;
+    rep.clear();
+    VX_RET_STATUS st = probe.pack(fmt, &block, c[2] ? &size : nullptr, VX_STORAGE_BINARY);
+    EXPECT_EQ((S{st, int(size), int(rep.reports.size())}), S(c.begin() + 3, c.end()));
+    EXPECT_EQ(std::string(block, c[0]), std::string(c[0], 'p'));
+    std::free(block);
+  }
+  unsigned size = 9, size2 = 9;
+  EXPECT_EQ((S{probe.pack(fmt, nullptr, &size, VX_STORAGE_BINARY), int(size),
+               probe.allocatePackBlock(fmt, nullptr, &size2, VX_STORAGE_BINARY), int(size2), rep.count(ARG)}),
+            (S{ARG, 0, ARG, 0, 2}));
   for (unsigned promised : {6u, 0u}) {
     probe.promised = probe.written = promised;
-    char* block = reinterpret_cast<char*>(&probe);  // must be cleared
-    unsigned size = 3;
-    vxtest::failNextAlloc();
-    EXPECT_EQ(probe.pack(fmt, &block, &size, VX_STORAGE_BINARY), VX_RET_ERR_MEM);
-    EXPECT_EQ(block, nullptr);
-    EXPECT_EQ(size, 0u);
-    vxtest::failNextAlloc();
-    EXPECT_EQ(probe.allocatePackBlock(fmt, &block, &size, VX_STORAGE_BINARY), VX_RET_ERR_MEM);
-    EXPECT_EQ(block, nullptr);
+    char* block = reinterpret_cast<char*>(&probe);
+    size = 3;
+    EXPECT_EQ((S{(vxtest::failNextAlloc(), probe.pack(fmt, &block, &size, VX_STORAGE_BINARY)), block == nullptr,
+                 int(size), (vxtest::failNextAlloc(), probe.allocatePackBlock(fmt, &block, &size, VX_STORAGE_BINARY)),
+                 block == nullptr}),
+              (S{MEM, 1, 0, MEM, 1}));
   }
-  EXPECT_EQ(rep.count(VX_RET_ERR_MEM), 4);
+  EXPECT_EQ(rep.count(MEM), 4);
   vxtest::clearAllocFault();
 }
 
-TEST(Persistable, FieldHelpersForwardToTheBinaryFile) {
-  vxtest::TempDir dir;
-  vxtest::CaptureReporter rep;
-  std::string path = dir.file("fields.bin");
-  Probe probe;
-  unsigned size = 0;
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-    EXPECT_EQ(probe.persistVal(-2L, f, size), VX_RET_TRUE);
-    EXPECT_EQ(size, 4u);
-    EXPECT_EQ(probe.persistVal(reinterpret_cast<void*>(0x1234), f, size), VX_RET_TRUE);
-    EXPECT_EQ(probe.persistVal("hi", f, size, 1), VX_RET_TRUE);
-    EXPECT_EQ(size, 3u);
-  }
-  EXPECT_EQ(vxtest::readFileBytes(path), std::string("\xFE\xFF\xFF\xFF\x34\x12\0\0\x97\x96\0", 11));
-
-  VX_FileBinary f(path.c_str(), VX_FILE_READ);
-  long l = 0;
-  void* p = nullptr;
-  char* text = nullptr;
-  EXPECT_EQ(probe.restoreVal(l, f, size), VX_RET_TRUE);
-  EXPECT_EQ(probe.restoreVal(&p, f, size), VX_RET_TRUE);
-  EXPECT_EQ(probe.restoreVal(&text, f, size, 1), VX_RET_TRUE);
-  EXPECT_EQ(l, -2L);
-  EXPECT_EQ(p, reinterpret_cast<void*>(0x1234));
-  EXPECT_STREQ(text, "hi");
-  std::free(text);
-  // The file's own failure comes back as it is.
-  int i = 0;
-  EXPECT_EQ(probe.restoreVal(i, f, size), VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-  EXPECT_EQ(probe.restoreVal(static_cast<void**>(nullptr), f, size), VX_RET_ERR_ARG);
-}
-
+// The null string goes out as the empty text; a failed restore leaves the string unchanged.
 TEST(StringPersistence, RoundTripsThroughABinaryFile) {
   vxtest::TempDir dir;
+  vxtest::CaptureReporter rep;
   std::string path = dir.file("s.bin");
   VX_Version fmt;
-  VX_String abc("abc"), empty(""), null;
+  VX_String abc("abc"), empty(""), null, a("previous content"), b, c("x");
   unsigned size = 0;
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-    ASSERT_EQ(abc.persist(fmt, f, size), VX_RET_TRUE);
-    EXPECT_EQ(size, 4u);
-    ASSERT_EQ(empty.persist(fmt, f, size), VX_RET_TRUE);
-    EXPECT_EQ(size, 1u);
-    ASSERT_EQ(null.persist(fmt, f, size), VX_RET_TRUE);
-    EXPECT_EQ(size, 1u);
-  }
+  VX_FileBinary f(path.c_str(), VX_FILE_CREATE), closed;
+  EXPECT_EQ((S{abc.persist(fmt, f, size), int(size), empty.persist(fmt, f, size), int(size), null.persist(fmt, f, size),
+               int(size), f.flush(), a.persist(fmt, closed, size), Probe().restoreVal((void**)nullptr, closed, size)}),
+            (S{T, 4, T, 1, T, 1, T, ARG, ARG}));
   EXPECT_EQ(vxtest::readFileBytes(path), std::string("abc\0\0\0", 6));
-
-  VX_FileBinary f(path.c_str(), VX_FILE_READ);
-  VX_String a("previous content"), b, c("x");
-  ASSERT_EQ(a.restore(fmt, f, size), VX_RET_TRUE);
-  EXPECT_EQ(size, 4u);
-  EXPECT_TRUE(a == "abc");
-  ASSERT_EQ(b.restore(fmt, f, size), VX_RET_TRUE);
-  EXPECT_TRUE(b == "");
-  // The null string went out as the empty text and comes back as the empty text.
-  ASSERT_EQ(c.restore(fmt, f, size), VX_RET_TRUE);
-  EXPECT_TRUE(c == "");
-  EXPECT_FALSE(c == static_cast<const char*>(nullptr));
-
-  // At the end of the file the string keeps its content.
-  vxtest::CaptureReporter rep;
-  EXPECT_EQ(a.restore(fmt, f, size), VX_RET_ERR_ARG);
-  EXPECT_TRUE(a == "abc");
-  VX_FileBinary closed;
-  EXPECT_EQ(a.persist(fmt, closed, size), VX_RET_ERR_ARG);
-}
-
-TEST(StringPersistence, WholeObjectAndAllocationFailures) {
-  vxtest::TempDir dir;
-  std::string path = dir.file("w.bin");
-  VX_String abc("abc");
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-    ASSERT_EQ(f.write(abc), VX_RET_TRUE);  // the packed form: count then characters
-  }
-  EXPECT_EQ(vxtest::readFileBytes(path), std::string("\4\0\0\0abc\0", 8));
-
-  vxtest::CaptureReporter rep;
+  EXPECT_EQ((S{f.seek(0, 0), a.restore(fmt, f, size), int(size), b.restore(fmt, f, size), c.restore(fmt, f, size),
+               a == "abc" && b == "" && c == "", c == static_cast<const char*>(nullptr), a.restore(fmt, f, size),
+               a == "abc"}),
+            (S{T, T, 4, T, T, 1, 0, ARG, 1}));
   int failed = vxtest::forEachAllocFailure([&](long) {
-    VX_FileBinary f(path.c_str(), VX_FILE_READ);
-    if (f.isOpen() != VX_RET_TRUE) return;  // opening itself ran out of memory
-    f.seek(4, 0);
+    f.seek(0, 0);
     VX_String s("old");
     if (!s.objIsEnabled()) return;
-    VX_Version fmt;
-    unsigned size = 0;
     VX_RET_STATUS st = s.restore(fmt, f, size);
-    if (st == VX_RET_TRUE) {
-      EXPECT_TRUE(s == "abc");
-    } else {
-      EXPECT_EQ(st, VX_RET_ERR_MEM);
-      EXPECT_TRUE(s == "old");
-    }
+    EXPECT_TRUE(st == T ? s == "abc" : st == MEM && s == "old") << st;
   });
   EXPECT_GE(failed, 3);
-  EXPECT_GT(rep.count(VX_RET_ERR_MEM), 0);
+  EXPECT_GT(rep.count(MEM), 0);
 }

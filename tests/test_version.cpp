@@ -1,14 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <string>
 
 #include "vx_file_test_support.h"
 #include "vx_test_support.h"
 
 namespace {
 
-std::string text(VX_Version& v) {
+using S = std::vector<int>;  // statuses (and numbers) of a sequence of calls, in call order
+
+std::string text(VX_Version v) {
   char* s = v.version2Str();
   std::string out = s ? s : "<null>";
   std::free(s);
@@ -19,166 +20,69 @@ std::string text(VX_Version& v) {
 
 TEST(Version, ParsingNeverFailsOnMalformedText) {
   vxtest::CaptureReporter rep;
-  struct Case {
-    const char* in;
-    const char* out;
-  } cases[] = {{"3", "3.0.0"},       {"2.5", "2.5.0"},     {"abc", "0.0.0"},   {"1.2.3.4", "1.2.3"},
-               {"1..3", "1.0.3"},    {" 7.x.9", "7.0.9"},  {"", "0.0.0"},      {"10.20.30", "10.20.30"},
-               {"4.5.6beta", "4.5.6"}, {".8", "0.8.0"}};
-  for (const Case& c : cases) {
-    VX_Version v(c.in);
-    EXPECT_EQ(text(v), c.out) << c.in;
-  }
-  // Negative numbers are read as "%d" reads them and printed back the same way.
-  VX_Version negative("-1.2.3");
-  EXPECT_EQ(negative.getMajor(), 4294967295u);
-  EXPECT_EQ(text(negative), "-1.2.3");
-  EXPECT_TRUE(VX_Version((const char*)nullptr) == VX_Version(0, 0, 0));
+  for (auto c : {std::pair<const char*, const char*>{"3", "3.0.0"}, {"2.5", "2.5.0"}, {"abc", "0.0.0"},
+                 {"1.2.3.4", "1.2.3"}, {"1..3", "1.0.3"}, {" 7.x.9", "7.0.9"}, {"4.5.6beta", "4.5.6"}, {".8", "0.8.0"},
+                 {"-1.2.3", "-1.2.3"}, {nullptr, "0.0.0"}})
+    EXPECT_EQ(text(VX_Version(c.first)), c.second) << (c.first ? c.first : "(null)");
+  EXPECT_EQ(VX_Version("-1.2.3").getMajor(), 4294967295u);  // read as "%d", stored unsigned
   EXPECT_TRUE(rep.reports.empty());
-}
-
-TEST(Version, NullTextResetsBothObjects) {
+  // A null text resets both objects; with text only the target changes.
   VX_Version self(1, 2, 3), out(4, 5, 6);
-  EXPECT_EQ(self.str2Version(nullptr, out), VX_RET_TRUE);
-  EXPECT_TRUE(self == "0.0.0");
-  EXPECT_TRUE(out == "0.0.0");
-  // With text only the target changes.
-  self.set(1, 2, 3);
-  EXPECT_EQ(self.str2Version("9.8", out), VX_RET_TRUE);
-  EXPECT_EQ(text(out), "9.8.0");
-  EXPECT_EQ(text(self), "1.2.3");
+  EXPECT_EQ((S{self.str2Version(nullptr, out), self == "0.0.0", out == "0.0.0", (self.set(1, 2, 3), 1),
+               self.str2Version("9.8", out), self == "1.2.3", out == "9.8.0"}),
+            (S{VX_RET_TRUE, 1, 1, 1, VX_RET_TRUE, 1, 1}));
+
+  // Allocation failures: the target is cleared before the copy; an unparsed text compares unequal.
+  EXPECT_EQ((S{(vxtest::failNextAlloc(), self.version2Str() == nullptr),
+               (vxtest::failNextAlloc(), self.str2Version("4.5.6", out)), out == VX_Version(0, 0, 0),
+               (vxtest::failNextAlloc(), VX_Version(0, 0, 0) == "0.0.0"), rep.count(VX_RET_ERR_MEM)}),
+            (S{1, VX_RET_ERR_MEM, 1, 0, 3}));
 }
 
+// Every ordering of a against b, as == < > <= >=.
 TEST(Version, OrderingIsLexicographicAndUnsigned) {
-  VX_Version a(1, 2, 3), same(1, 2, 3), patch(1, 2, 4), minor(1, 3, 0), major(2, 0, 0), huge(0xFFFFFFFFu, 0, 0);
-  EXPECT_TRUE(a == same);
-  EXPECT_FALSE(a == patch);
-  for (VX_Version* bigger : {&patch, &minor, &major, &huge}) {
-    EXPECT_TRUE(a < *bigger);
-    EXPECT_TRUE(a <= *bigger);
-    EXPECT_FALSE(a > *bigger);
-    EXPECT_FALSE(a >= *bigger);
-    EXPECT_TRUE(*bigger > a);
-    EXPECT_TRUE(*bigger >= a);
-  }
-  // Later fields only decide when earlier ones tie.
-  EXPECT_TRUE(VX_Version(1, 9, 9) < VX_Version(2, 0, 0));
-  EXPECT_TRUE(VX_Version(1, 2, 9) < VX_Version(1, 3, 0));
-  EXPECT_TRUE(a <= a);
-  EXPECT_TRUE(a >= a);
-  EXPECT_FALSE(a < a);
-  EXPECT_FALSE(a > a);
-  EXPECT_TRUE(a <= same && a >= same && !(a < same) && !(a > same));
-}
+  VX_Version a(1, 2, 3);
+  auto order = [&](const VX_Version& b) { return S{a == b, a < b, a > b, a <= b, a >= b}; };
+  const S equal{1, 0, 0, 1, 1}, less{0, 1, 0, 1, 0}, more{0, 0, 1, 0, 1};
+  EXPECT_EQ(order(a), equal);
+  EXPECT_EQ(order(VX_Version(1, 2, 3)), equal);
+  for (VX_Version b : {VX_Version(1, 2, 4), VX_Version(1, 3, 0), VX_Version(2, 0, 0), VX_Version(0xFFFFFFFFu, 0, 0)})
+    EXPECT_EQ(order(b), less) << text(b);
+  for (VX_Version b : {VX_Version(1, 2, 2), VX_Version(1, 1, 9), VX_Version(0, 9, 9)})
+    EXPECT_EQ(order(b), more) << text(b);
 
-TEST(Version, TextComparisonAndAssignment) {
-  VX_Version v(1, 2, 3);
-  EXPECT_TRUE(v == "1.2.3");
-  EXPECT_FALSE(v == "1.2");
-  EXPECT_TRUE(VX_Version(0, 0, 0) == "x");
-  EXPECT_TRUE(VX_Version(0, 0, 0) == (const char*)nullptr);
-
-  VX_Version w;
+  VX_Version w, &alias = w;
   w = "5.6.7";
-  EXPECT_EQ(text(w), "5.6.7");
-  w = v;
-  EXPECT_TRUE(w == v);
-  VX_Version& alias = w;
-  w = alias;  // self-assignment keeps the value
-  EXPECT_TRUE(w == "1.2.3");
-  VX_Version copy(w);
-  EXPECT_TRUE(copy == w);
-  copy.init();
-  EXPECT_EQ(text(copy), "0.0.0");
+  w = alias;
+  EXPECT_EQ((S{a == "1.2.3", a == "1.2", VX_Version() == "x", VX_Version() == static_cast<const char*>(nullptr),
+               w == "5.6.7"}),
+            (S{1, 0, 1, 1, 1}));
 }
 
-TEST(Version, AllocationFailures) {
-  vxtest::CaptureReporter rep;
-  VX_Version v(1, 2, 3);
-
-  vxtest::failNextAlloc();
-  EXPECT_EQ(v.version2Str(), nullptr);
-  EXPECT_EQ(rep.count(VX_RET_ERR_MEM), 1);
-
-  VX_Version out(7, 7, 7);
-  vxtest::failNextAlloc();
-  EXPECT_EQ(v.str2Version("4.5.6", out), VX_RET_ERR_MEM);
-  EXPECT_TRUE(out == VX_Version(0, 0, 0));  // cleared before the copy was attempted
-
-  // A text that cannot be parsed compares unequal, even to 0.0.0.
-  vxtest::failNextAlloc();
-  EXPECT_FALSE(VX_Version(0, 0, 0) == "0.0.0");
-  EXPECT_EQ(rep.count(VX_RET_ERR_MEM), 3);
-  vxtest::clearAllocFault();
-}
-
-TEST(Version, PackedFormIsTwelveLittleEndianBytes) {
-  vxtest::CaptureReporter rep;
-  VX_Version v(0x01020304u, 5, 0xA0B0C0D0u), fmt;
-  char buf[12];
-  unsigned size = 99;
-  EXPECT_EQ(v.getPackedSize(fmt, VX_STORAGE_ASCII), 12u);  // storage type is ignored
-  ASSERT_EQ(v.pack(fmt, buf, size, VX_STORAGE_BINARY), VX_RET_TRUE);
-  EXPECT_EQ(size, 12u);
-  EXPECT_EQ(std::string(buf, 12), std::string("\x04\x03\x02\x01\x05\0\0\0\xD0\xC0\xB0\xA0", 12));
-
-  VX_Version back;
-  size = 0;
-  ASSERT_EQ(back.unpack(fmt, buf, size, VX_STORAGE_BINARY), VX_RET_TRUE);
-  EXPECT_EQ(size, 12u);
-  EXPECT_TRUE(back == v);
-
-  size = 55;
-  EXPECT_EQ(v.pack(fmt, static_cast<char*>(nullptr), size, VX_STORAGE_BINARY), VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-  size = 55;
-  EXPECT_EQ(back.unpack(fmt, nullptr, size, VX_STORAGE_BINARY), VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-  EXPECT_EQ(rep.count(VX_RET_ERR_ARG), 2);
-}
-
-TEST(Version, FileFormRoundTripsAndStopsAtFirstFailure) {
+// The file form stops at the first failure and keeps what was read before it.
+TEST(Version, PackedAndFileFormsAreTwelveLittleEndianBytes) {
   vxtest::TempDir dir;
   vxtest::CaptureReporter rep;
+  VX_Version v(0x01020304u, 0x10000, 0xA0B0C0D0u), fmt, back, back2;
+  const std::string bytes("\x04\x03\x02\x01\0\0\1\0\xD0\xC0\xB0\xA0", 12);
+  char buf[12];
+  unsigned size = 99, size2 = 99;
+  EXPECT_EQ((S{int(v.getPackedSize(fmt, VX_STORAGE_ASCII)), v.pack(fmt, buf, size, VX_STORAGE_BINARY), int(size),
+               back.unpack(fmt, buf, size2, VX_STORAGE_BINARY), int(size2), back == v}),
+            (S{12, VX_RET_TRUE, 12, VX_RET_TRUE, 12, 1}));
+  EXPECT_EQ(std::string(buf, 12), bytes);
+  EXPECT_EQ((S{v.pack(fmt, static_cast<char*>(nullptr), size, VX_STORAGE_BINARY), int(size),
+               back.unpack(fmt, nullptr, size2, VX_STORAGE_BINARY), int(size2)}),
+            (S{VX_RET_ERR_ARG, 0, VX_RET_ERR_ARG, 0}));
+
   std::string path = dir.file("v.bin");
-  VX_Version v(1, 0x10000, 3), fmt;
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
-    unsigned size = 0;
-    ASSERT_EQ(v.persist(fmt, f, size), VX_RET_TRUE);
-    EXPECT_EQ(size, 12u);
-  }
-  EXPECT_EQ(vxtest::readFileBytes(path), std::string("\1\0\0\0\0\0\1\0\3\0\0\0", 12));
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_READ);
-    VX_Version back;
-    unsigned size = 0;
-    ASSERT_EQ(back.restore(fmt, f, size), VX_RET_TRUE);
-    EXPECT_EQ(size, 12u);
-    EXPECT_TRUE(back == v);
-  }
-
-  // Six bytes: the first number reads, the second comes up short.
-  vxtest::writeFileBytes(path, std::string("\7\0\0\0\1\0", 6));
-  {
-    VX_FileBinary f(path.c_str(), VX_FILE_READ);
-    VX_Version back(9, 9, 9);
-    unsigned size = 77;
-    EXPECT_EQ(back.restore(fmt, f, size), VX_RET_ERR_GEN);
-    EXPECT_TRUE(rep.mentions("fread() failed."));
-    EXPECT_EQ(back.getMajor(), 7u);
-    EXPECT_EQ(size, 4u);
-  }
-
-  VX_FileBinary closed;
-  unsigned size = 5;
-  EXPECT_EQ(v.persist(fmt, closed, size), VX_RET_ERR_ARG);
-  EXPECT_EQ(size, 0u);
-  EXPECT_EQ(v.restore(fmt, closed, size), VX_RET_ERR_ARG);
-}
-
-TEST(Version, LibraryVersionsStartAtZero) {
-  // Start-up sets both to 1.0.0; until then they hold their default.
-  EXPECT_TRUE(VX_systemVersionRead == "0.0.0");
-  EXPECT_TRUE(VX_systemVersionWrite == VX_Version(0, 0, 0));
+  VX_FileBinary f(path.c_str(), VX_FILE_CREATE);
+  EXPECT_EQ((S{v.persist(fmt, f, size), int(size), f.seek(0, 0), back2.restore(fmt, f, size2), int(size2), back2 == v,
+               f.close(), v.persist(fmt, f, size), int(size), v.restore(fmt, f, size2), rep.count(VX_RET_ERR_ARG)}),
+            (S{VX_RET_TRUE, 12, VX_RET_TRUE, VX_RET_TRUE, 12, 1, VX_RET_FALSE, VX_RET_ERR_ARG, 0, VX_RET_ERR_ARG, 4}));
+  EXPECT_EQ(vxtest::readFileBytes(path), bytes);
+  vxtest::writeFileBytes(path, std::string("\7\0\0\0\1\0", 6));  // the second number comes up short
+  EXPECT_EQ((S{f.open(path.c_str(), VX_FILE_READ), back.restore(fmt, f, size), int(back.getMajor()), int(size),
+               rep.mentions("fread() failed.")}),
+            (S{VX_RET_TRUE, VX_RET_ERR_GEN, 7, 4, 1}));
 }

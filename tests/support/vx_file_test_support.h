@@ -1,16 +1,21 @@
-// Raw file helpers for the file and persistence suites: they bypass the library so that a test
-// can plant exact bytes and check exactly what was written.
+// Plant exact bytes as a file's whole content, and read back exactly what was written (or "").
 #ifndef VX_FILE_TEST_SUPPORT_H
 #define VX_FILE_TEST_SUPPORT_H
 
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace vxtest {
 
-// Writes `bytes` (embedded zeros included) as the whole content of `path`.
-void writeFileBytes(const std::string& path, const std::string& bytes);
-// The whole content of `path`; empty when it cannot be read.
-std::string readFileBytes(const std::string& path);
+inline void writeFileBytes(const std::string& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc).write(bytes.data(), std::streamsize(bytes.size()));
+}
+
+inline std::string readFileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
 
 }  // namespace vxtest
 
