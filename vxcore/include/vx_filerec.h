@@ -24,6 +24,9 @@ struct VX_API VX_FileBinrecBaseHdr {
   char reserved[2];
 };
 
+// The whole 116-byte file header: the base part, the user header size, the free record table's
+// dimension and whether records carry record headers. Opening checks every field against the
+// file's real size before anything is allocated from it.
 struct VX_API VX_FileBinrecHdr {
   VX_FileBinrecBaseHdr base;
   unsigned int userHdrSize;
@@ -42,6 +45,8 @@ struct VX_API VX_FileBinrecTblEntry {
   }
 };
 
+// The 12 bytes in front of each record when the file has record headers. A size that runs past
+// the end of the file marks the file as damaged.
 struct VX_API VX_FileBinrecRecHdr {
   unsigned char deleted;  // 1: the record is free and linked into a free list
   unsigned char reserved[3];
