@@ -229,8 +229,10 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   unsigned int fixedRecSize();
   // Bytes one fixed record takes on disk, its record header included.
   unsigned int fixedRecSpan();
-  // n = size * count, checked against a fixed file's record size (0 stands for it).
-  VX_RET_STATUS recordSize(unsigned int size, unsigned int count, const char* what, unsigned int& n);
+  // The checks a record read or write starts with: an open file, the position (leniently),
+  // the data pointer, and n = size * count against a fixed file's record size (0 stands for it).
+  VX_RET_STATUS startTransfer(const void* data, unsigned int size, unsigned int count, const char* what,
+                              unsigned int& n, unsigned line);
   // Reports damage found at `offset` and yields VX_RET_ERR_FILE.
   VX_RET_STATUS damaged(const char* what, const char* why, long offset);
   // The header of the record at `offset` (a fixed file without record headers gets the one a

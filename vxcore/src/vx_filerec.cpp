@@ -537,8 +537,12 @@ VX_RET_STATUS VX_FileBinaryRec::recordAt(long offset, long fileLength, VX_FileBi
 // ---------------------------------------------------------------------------------------------
 // Records at the current position
 
-VX_RET_STATUS VX_FileBinaryRec::recordSize(unsigned int size, unsigned int count, const char* what,
-                                           unsigned int& n) {
+VX_RET_STATUS VX_FileBinaryRec::startTransfer(const void* data, unsigned int size, unsigned int count,
+                                              const char* what, unsigned int& n, unsigned line) {
+  VX_RET_STATUS st = usable(line);
+  if (st > 2) return st;
+  verifyOffset(tell());
+  if (!data) return VX_FAIL(VX_RET_ERR_ARG);
   uint64_t bytes = uint64_t{size} * count;
   if (bytes > 0xffffffffu) return VX_FAIL(VX_RET_ERR_ARG);
   n = static_cast<unsigned>(bytes);
@@ -552,12 +556,8 @@ VX_RET_STATUS VX_FileBinaryRec::recordSize(unsigned int size, unsigned int count
 
 VX_RET_STATUS VX_FileBinaryRec::write(void const* data, unsigned int size, unsigned int count) {
   VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st > 2) return st;
-  verifyOffset(tell());
-  if (!data) return VX_FAIL(VX_RET_ERR_ARG);
   unsigned n = 0;
-  st = recordSize(size, count, "VX_FileBinaryRec write", n);
+  VX_RET_STATUS st = startTransfer(data, size, count, "VX_FileBinaryRec write", n, __LINE__);
   if (st > 2) return st;
   if (n == 0) return VX_RET_TRUE;  // only a variable file gets here
   if (hdr.recHeaders) {
@@ -575,12 +575,8 @@ VX_RET_STATUS VX_FileBinaryRec::write(void const* data, unsigned int size, unsig
 
 VX_RET_STATUS VX_FileBinaryRec::read(void* data, unsigned int size, unsigned int count) {
   VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st > 2) return st;
-  verifyOffset(tell());
-  if (!data) return VX_FAIL(VX_RET_ERR_ARG);
   unsigned n = 0;
-  st = recordSize(size, count, "VX_FileBinaryRec read", n);
+  VX_RET_STATUS st = startTransfer(data, size, count, "VX_FileBinaryRec read", n, __LINE__);
   if (st > 2) return st;
   if (hdr.recHeaders) {
     char raw[VX_FILE_BINREC_REC_HDR_SIZE];
