@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "../vxcore/src/vx_strjoin.h"  // the library's own joining helper, inline
 #include "vx_test_support.h"
 
 namespace {
@@ -101,6 +102,17 @@ TEST(String, ConcatenationAndInsertion) {
   EXPECT_EQ("aa--bcd--bcd", text(s));
 }
 
+// Every string type joins through one helper, which refuses lengths a block cannot describe
+// from the lengths alone.
+TEST(String, JoiningChecksTheTotalLengthFirst) {
+  char* joined = VX_joinText("ab", 2, "c", 1, "de", 2);
+  EXPECT_STREQ("abcde", joined);
+  VX_free(joined);
+  EXPECT_EQ(nullptr, VX_joinText("a", 1, "b", VX_TEXT_LENGTH_MAX));
+  EXPECT_EQ(nullptr, VX_joinText("a", 2, "b", SIZE_MAX - 1));
+  EXPECT_EQ(nullptr, VX_joinText("a", 1, "b", 1, "c", SIZE_MAX));
+}
+
 TEST(String, CharacterAccessReportsTheRange) {
   vxtest::CaptureReporter capture;
   VX_String s("abcd"), empty("");
@@ -146,6 +158,10 @@ TEST(String, PackedForm) {
   EXPECT_EQ(VX_RET_ERR_ARG, s.unpack(v(), buf, used, VX_STORAGE_ASCII));
   EXPECT_EQ(0u, s.getPackedSize(v(), VX_STORAGE_ASCII));
   EXPECT_EQ(4, capture.count(VX_RET_ERR_ARG));
+  // A count whose extent 4 + count wraps is refused before anything is read.
+  const char wraps[] = "\xfc\xff\xff\xff" "ab";
+  EXPECT_EQ(VX_RET_ERR_ARG, s.unpack(v(), const_cast<char*>(wraps), used, VX_STORAGE_BINARY));
+  EXPECT_EQ("abc", text(s));
   // A count that runs past the terminator never makes the read run on.
   const char hostile[] = "\xff\xff\xff\x7f" "ab\0zz";
   ASSERT_EQ(VX_RET_TRUE, s.unpack(v(), const_cast<char*>(hostile), used, VX_STORAGE_BINARY));

@@ -137,6 +137,10 @@ TEST(StrBase, ArraysToAndFromDelimitedText) {
   EXPECT_EQ(statuses({VX_val2Str(a, &out, nullptr), VX_str2Val(a, nullptr, ",", VX_VAR_INT)}), Ints(2, VX_RET_ERR_ARG));
   EXPECT_EQ(a.numElems(), 0u);  // emptied before the text is looked at
   EXPECT_EQ(VX_str2Val(a, "1", ",", static_cast<VX_VAR_TYPE>(40)), VX_RET_ERR_ARG);
+  VX_VarArr self(1, VX_VAR_STRING, 0);  // the text may be an element of the array it refills
+  self[0] = "1,2,3";
+  EXPECT_EQ(VX_str2Val(self, self[0].str(), ",", VX_VAR_INT), VX_RET_TRUE);
+  EXPECT_TRUE(self == VX_VarArr(3, VX_VAR_INT, 1, VX_VAR_INT, 2, VX_VAR_INT, 3));
 
   VX_VarArr pieces(3, VX_VAR_STRING, "a", -1, VX_VAR_STRING, "b", -1, VX_VAR_STRING, "c", -1);
   int failures = forEachAllocFailure([&](long) {

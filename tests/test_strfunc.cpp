@@ -145,6 +145,11 @@ TEST(StrFunc, Splitting) {
   EXPECT_EQ(split("a,(b,c,d", ",", '(', 0, 0), (Tokens{"a", "(b,c,d"}));  // never closed: swallows the rest
   EXPECT_EQ(split("\"a,b\",c,\"", ",", '"', 0, 1), (Tokens{"a,b", "c", ""}));  // one character as both brackets
   EXPECT_EQ(split("a,b", nullptr, '(', 1, 1), (Tokens{"a,b"}));
+  // The text and the delimiters may lie in the array being refilled.
+  VX_splitString("a b,c d", ",", out);
+  EXPECT_EQ(VX_splitString(out[0], " ", out), VX_RET_TRUE);
+  EXPECT_EQ(VX_splitString("xaybz", out[0], out, '(', ')', 0, 0), VX_RET_TRUE);
+  EXPECT_EQ(shown(out[0]) + "|" + shown(out[1]), "x|ybz");
 
   vxtest::failNextAlloc();
   VX_Array<VX_String> disabled(2);

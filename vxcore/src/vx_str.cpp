@@ -3,10 +3,12 @@
 
 #include "vx_str.h"
 
+#include <climits>
 #include <cstdint>
 
 #include "vx_file.h"
 #include "vx_report.h"
+#include "vx_strjoin.h"
 
 VX_String::VX_String(const char* text) : VX_Memory(0) {
   VX_setUserError(0);
@@ -116,14 +118,11 @@ VX_String VX_String::operator+(const VX_String& other) const {
   const char* right = other.enabled ? other.chars() : nullptr;
   if (!right) return *this;
   if (!chars()) return other;
-  unsigned leftLength = memSize() - 1;
-  unsigned rightSize = other.memSize();
-  char* joined = static_cast<char*>(VX_malloc(leftLength + rightSize));
+  unsigned leftLength = memSize() - 1, rightLength = other.memSize() - 1;
+  char* joined = VX_joinText(chars(), leftLength, right, rightLength);
   if (!joined) return *this;
-  std::memcpy(joined, chars(), leftLength);
-  std::memcpy(joined + leftLength, right, rightSize);
   VX_String result;
-  result.memSet(joined, leftLength + rightSize);
+  result.memSet(joined, leftLength + rightLength + 1);
   return result;
 }
 
@@ -157,17 +156,14 @@ VX_RET_STATUS VX_String::strIns(unsigned pos, const char* text) {
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   if (!text) return VX_RET_TRUE;
   unsigned length = strLeng();
-  unsigned insLength = static_cast<unsigned>(std::strlen(text));
+  std::size_t insLength = std::strlen(text);
   if (pos > length) pos = length;  // past the end appends
-  char* joined = static_cast<char*>(VX_malloc(length + insLength + 1));
-  if (!joined) return VX_FAIL(VX_RET_ERR_MEM);
+  // Built before the old block goes, so `text` may lie in this string.
   const char* old = chars();
-  if (pos) std::memcpy(joined, old, pos);
-  std::memcpy(joined + pos, text, insLength);
-  if (length > pos) std::memcpy(joined + pos + insLength, old + pos, length - pos);
-  joined[length + insLength] = '\0';
+  char* joined = VX_joinText(old, pos, text, insLength, old ? old + pos : nullptr, length - pos);
+  if (!joined) return VX_FAIL(VX_RET_ERR_MEM);
   memFree();
-  memSet(joined, length + insLength + 1);
+  memSet(joined, static_cast<unsigned>(length + insLength + 1));
   return VX_RET_TRUE;
 }
 
@@ -175,12 +171,6 @@ VX_RET_STATUS VX_String::strIns(unsigned pos, const VX_String& text) {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   if (!text.enabled) return VX_RET_TRUE;
-  // Inserting a string into itself needs the characters to survive the release.
-  if (&text == this) {
-    VX_String copy(text);
-    if (!copy.enabled) return VX_RET_ERR_MEM;
-    return strIns(pos, copy.chars());
-  }
   return strIns(pos, text.chars());
 }
 
@@ -266,14 +256,15 @@ VX_RET_STATUS VX_String::pack(VX_Version& version, char* buffer, unsigned int& s
   return VX_RET_TRUE;
 }
 
-// The count is trusted as the extent of the text, and the text is never read past it, so a
-// block whose count runs beyond its terminator cannot make the read run on.
+// Reads stop at the NUL or after `count` bytes, whichever comes first; `count` is trusted as
+// the field's extent. A count whose extent 4 + count no unsigned can hold is refused.
 VX_RET_STATUS VX_String::unpack(VX_Version&, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
   VX_setUserError(0);
   size = 0;
   if (!buffer || storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_ARG);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   uint32_t count = VX_getLE<uint32_t>(buffer);
+  if (count > UINT_MAX - 4) return VX_FAIL(VX_RET_ERR_ARG);
   size = 4;
   if (count == 0) {
     memFree();

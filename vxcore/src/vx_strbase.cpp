@@ -237,15 +237,16 @@ VX_RET_STATUS VX_val2Str(VX_VarArr& arr, char** out, const char* sep) {
   return VX_RET_TRUE;
 }
 
+// The text is split before the array is emptied, since it may be the text of an element.
 VX_RET_STATUS VX_str2Val(VX_VarArr& arr, const char* text, const char* delims, VX_VAR_TYPE t) {
   VX_setUserError(0);
   if (!arr.objIsEnabled()) return VX_FAIL(VX_RET_ERR_ARG);
+  VX_Array<VX_String> tokens;
+  VX_RET_STATUS split = text && delims ? VX_splitString(text, delims, tokens) : VX_RET_TRUE;
   VX_RET_STATUS st = arr.delAll();
   if (st > 2) return st;
   if (!text || !delims) return VX_FAIL(VX_RET_ERR_ARG);
-  VX_Array<VX_String> tokens;
-  st = VX_splitString(text, delims, tokens);
-  if (st > 2) return st;
+  if (split > 2) return split;
   unsigned n = tokens.numElems();
   st = arr.insElems(VX_INS_BEFORE, 0, n ? n : 1);
   if (st > 2) return st;

@@ -13,6 +13,7 @@
 #include "vx_array.h"
 #include "vx_report.h"
 #include "vx_str.h"
+#include "vx_strjoin.h"
 
 namespace {
 
@@ -81,7 +82,7 @@ std::size_t runLength(const char* text, std::size_t length, char c, int max, boo
 
 // `s` adopts a malloc'ed block holding `length` characters and their NUL (released on failure).
 VX_RET_STATUS adoptText(VX_String& s, char* block, std::size_t length) {
-  if (length >= UINT_MAX) {  // beyond what a string's block can describe
+  if (length > VX_TEXT_LENGTH_MAX) {
     VX_free(block);
     return VX_FAIL(VX_RET_ERR_MEM);
   }
@@ -93,11 +94,8 @@ VX_RET_STATUS adoptText(VX_String& s, char* block, std::size_t length) {
 // `s` becomes the `na` characters at `a` followed by the `nb` at `b`. A failed allocation is
 // reported and leaves `s` as it was.
 VX_RET_STATUS setText(VX_String& s, const char* a, std::size_t na, const char* b = nullptr, std::size_t nb = 0) {
-  char* block = static_cast<char*>(VX_malloc(na + nb + 1));
+  char* block = VX_joinText(a, na, b, nb);
   if (!block) return VX_FAIL(VX_RET_ERR_MEM);
-  if (na) std::memcpy(block, a, na);
-  if (nb) std::memcpy(block + na, b, nb);
-  block[na + nb] = '\0';
   return adoptText(s, block, na + nb);
 }
 
@@ -422,23 +420,43 @@ VX_RET_STATUS fillTokens(VX_Array<VX_String>& out, const Tokens& tokens) {
   return status > 2 ? status : VX_RET_TRUE;
 }
 
+// A malloc'ed block released on scope exit.
+struct OwnedText {
+  explicit OwnedText(char* block) : text(block) {}
+  ~OwnedText() { VX_free(text); }
+  OwnedText(const OwnedText&) = delete;
+  OwnedText& operator=(const OwnedText&) = delete;
+  char* text;
+};
+
+// Empties `out` and fills it with the tokens that `make(text, delimiters)` describes. Both texts
+// may lie in strings that `out` holds, so the tokens are read from one copy of the two (the
+// text with its NUL, then the delimiters), made beforehand.
+template <class Make>
+VX_RET_STATUS splitInto(VX_Array<VX_String>& out, const char* src, const char* delims, Make&& make) {
+  std::size_t textSize = src ? std::strlen(src) + 1 : 0;
+  OwnedText copy(src ? VX_joinText(src, textSize, delims, delims ? std::strlen(delims) : 0) : nullptr);
+  VX_RET_STATUS status = out.delAll();
+  if (status > 2) return status;
+  if (!src) return VX_RET_TRUE;
+  if (!copy.text) return VX_FAIL(VX_RET_ERR_MEM);
+  if (!delims) return fillTokens(out, WholeText{copy.text});
+  return fillTokens(out, make(copy.text, copy.text + textSize));
+}
+
 }  // namespace
 
 VX_RET_STATUS VX_splitString(const char* src, const char* delims, VX_Array<VX_String>& out) {
   VX_setUserError(0);
-  VX_RET_STATUS status = out.delAll();
-  if (status > 2) return status;
-  if (!src) return VX_RET_TRUE;
-  if (!delims) return fillTokens(out, WholeText{src});
-  return fillTokens(out, PlainTokens{src, delims});
+  return splitInto(out, src, delims, [](const char* text, const char* separators) {
+    return PlainTokens{text, separators};
+  });
 }
 
 VX_RET_STATUS VX_splitString(const char* src, const char* delims, VX_Array<VX_String>& out, char open,
                              char close, unsigned char keepEmpty, unsigned char stripEnclosing) {
   VX_setUserError(0);
-  VX_RET_STATUS status = out.delAll();
-  if (status > 2) return status;
-  if (!src) return VX_RET_TRUE;
-  if (!delims) return fillTokens(out, WholeText{src});
-  return fillTokens(out, BracketTokens{src, delims, open, close, keepEmpty, stripEnclosing});
+  return splitInto(out, src, delims, [&](const char* text, const char* separators) {
+    return BracketTokens{text, separators, open, close, keepEmpty, stripEnclosing};
+  });
 }
