@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <type_traits>
 #include <vector>
 
 #include "vx_file_test_support.h"
@@ -10,6 +11,11 @@
 #include "vxcore.h"
 
 using namespace vxtest;
+
+// One pair with a floating value would be taken for (n, kind, lock): it must not compile.
+static_assert(!std::is_constructible_v<VX_VarArr, unsigned, VX_VAR_TYPE, double> &&
+              !std::is_constructible_v<VX_VarArr, unsigned, VX_VAR_TYPE, float> &&
+              std::is_constructible_v<VX_VarArr, int, VX_VAR_TYPE, int>);
 
 TEST(VarArr, ConstructionByKindOrByPairsSetsEachLock) {
   CaptureReporter rep;
@@ -41,7 +47,7 @@ TEST(VarArr, AccessOutsideReportsTheRange) {
   VX_VarArr a(3, VX_VAR_INT, 0), empty;
   EXPECT_TRUE(isSink(a[5]) && isSink(empty[0]));
   ASSERT_EQ(rep.reports.size(), 2u);
-  EXPECT_EQ(rep.reports[0].func, "VX_VAR_ARRAY: element access");
+  EXPECT_TRUE(rep.reports[0].func == "VX_VAR_ARRAY: element access" && rep.reports[0].file == ".\\src\\vx_var");
   EXPECT_EQ(rep.reports[0].text, "Index 5 not in [0,2]");
   EXPECT_EQ(rep.reports[1].text, "Index 0 not in [0,-1]");
   unsigned at = 9;  // the container interface sees the override

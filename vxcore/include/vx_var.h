@@ -213,15 +213,21 @@ class VX_API VX_Var : public VX_Persistable {
   VX_Var& assignScalar(VX_VAR_TYPE t, V Value::*field, V v);
   template <class V>
   V readAs(VX_VAR_TYPE t, V Value::*field, const char* label, const char* message) const;
+  // Writes that refuse or fail leave the variant as it was. The assign forms obey the lock,
+  // the store forms are the writes themselves.
   VX_RET_STATUS assignStr(const char* text);
+  VX_RET_STATUS storeText(const char* text, int32_t max);
   VX_RET_STATUS assignPtr(void* p);
+  VX_RET_STATUS storePtr(void* p, VX_ClassVarOpHandler handler);
   VX_RET_STATUS assignFrom(const VX_Var& other);
   int varComp(const VX_Var& other) const;
-  unsigned valueSize() const;
-  // Calls f with the value field of a fixed-size kind; false for the other kinds.
+  // Calls f with the field of `v` that holds a value of the fixed-size kind `t`; false for the
+  // other kinds.
   template <class F>
-  bool visitScalar(F&& f);
-  unsigned packedValueSize(VX_STORAGE_TYPE storage);
+  static bool visitScalar(VX_VAR_TYPE t, Value& v, F&& f);
+  // Bytes of a value of kind `t` in memory: 0 for the kinds without a fixed size.
+  static unsigned valueSize(VX_VAR_TYPE t);
+  VX_RET_STATUS packedValueSize(VX_STORAGE_TYPE storage, unsigned& n);
   VX_Var arith(char op, const VX_Var& other) const;
 
   unsigned char enabled;

@@ -2,6 +2,8 @@
 #ifndef VX_VARARR_H
 #define VX_VARARR_H
 
+#include <type_traits>
+
 #include "vx_array.h"
 #include "vx_var.h"
 
@@ -28,9 +30,13 @@ class VX_API VX_VarArr : public VX_Array<VX_Var>, public VX_Persistable {
   VX_VarArr(unsigned n, VX_VAR_TYPE t, unsigned char lock);
   // n pairs of a kind and its value: integer kinds as int, float and double as double, a
   // pointer as void*, a string as char* followed by an int maximum length (negative for
-  // none), wild with no value. Each element ends locked to its kind. Because of the form
-  // above, one pair of an integer kind must be built with it and then assigned.
+  // none), wild with no value. Each element ends locked to its kind. A single pair whose value
+  // is an integer is taken by the form above as (n, kind, lock), and one whose value is a
+  // float or double does not compile; build such an array with the form above and assign the
+  // element.
   VX_VarArr(unsigned n, ...);
+  template <class F, std::enable_if_t<std::is_floating_point_v<F>, int> = 0>
+  VX_VarArr(unsigned n, VX_VAR_TYPE t, F value) = delete;
   VX_VarArr(const VX_VarArr& other);
   ~VX_VarArr() override;
   VX_VarArr& operator=(const VX_VarArr& other);

@@ -11,10 +11,14 @@
 #include "vx_numconv.h"
 #include "vx_report.h"
 #include "vx_strbase.h"
+#include "vx_strjoin.h"
 
 namespace {
 
 VX_Var& sink() { return VX_nullRef<VX_Var>(); }
+
+// Only the kinds 1..13 have an alias code.
+bool isKind(int t) { return VX_varType2Alias(t) != VX_VAR_ID_UNDEF; }
 
 bool isNumeric(VX_VAR_TYPE t) {
   return (t >= VX_VAR_UCHAR && t <= VX_VAR_LONG) || t == VX_VAR_FLOAT || t == VX_VAR_DOUBLE;
@@ -119,13 +123,8 @@ VX_Var::VX_Var(double v, unsigned char lock) : VX_Var(VX_VAR_DOUBLE, lock) { val
 VX_Var::VX_Var(char* text, unsigned char lock) : VX_Var(static_cast<const char*>(text), lock) {}
 VX_Var::VX_Var(const VX_String& text, unsigned char lock) : VX_Var(static_cast<const char*>(text), lock) {}
 
-// The lock is set only once the text is in, so that the text is not refused by it.
-VX_Var::VX_Var(const char* text, unsigned char lock) : VX_Var(VX_VAR_STRING, 0) {
-  if (assignStr(text) > 2) {
-    cleanupDataMembers();
-    return;
-  }
-  lockVarType = lock;
+VX_Var::VX_Var(const char* text, unsigned char lock) : VX_Var(VX_VAR_STRING, lock) {
+  if (storeText(text, -1) > 2) cleanupDataMembers();
 }
 
 VX_Var::VX_Var(void* p, VX_ClassVarOpHandler handler, unsigned char lock) : VX_Var(VX_VAR_PTR, lock) {
@@ -157,7 +156,7 @@ void VX_Var::initDataMembers(VX_VAR_TYPE t, unsigned char lock) {
   type = VX_VAR_UNDEF;
   classVarOp = nullptr;
   lockVarType = lock;
-  if (t < VX_VAR_UCHAR || t > VX_VAR_WILD) {
+  if (!isKind(t)) {
     VX_REPORT_STATUS(VX_RET_ERR_ARG);
     return;
   }
@@ -223,11 +222,7 @@ VX_RET_STATUS VX_Var::setStrLengMax(int max) {
                     static_cast<int>(VX_VAR_STRLENG_LIMIT));
     return VX_RET_ERR_ARG;
   }
-  int before = strLengMax;
-  strLengMax = max;
-  VX_RET_STATUS st = assignStr(value.str);
-  if (st > 2) strLengMax = before;
-  return st;
+  return storeText(value.str, max);
 }
 
 template <class V>
@@ -286,29 +281,36 @@ char* VX_Var::str() const {
   return readAs(VX_VAR_STRING, &Value::str, "VX_Var get var value (string) function", "Var is not of type string\n");
 }
 
-// Bytes the value occupies in memory for the fixed-size kinds, 0 for the others.
-unsigned VX_Var::valueSize() const {
-  switch (type) {
-    case VX_VAR_UCHAR:
-    case VX_VAR_CHAR: return 1;
-    case VX_VAR_USHORT:
-    case VX_VAR_SHORT: return 2;
-    case VX_VAR_UINT:
-    case VX_VAR_INT:
-    case VX_VAR_ULONG:
-    case VX_VAR_LONG:
-    case VX_VAR_FLOAT: return 4;
-    case VX_VAR_DOUBLE: return 8;
-    default: return 0;
+template <class F>
+bool VX_Var::visitScalar(VX_VAR_TYPE t, Value& v, F&& f) {
+  switch (t) {
+    case VX_VAR_UCHAR: f(v.uc); return true;
+    case VX_VAR_CHAR: f(v.c); return true;
+    case VX_VAR_USHORT: f(v.us); return true;
+    case VX_VAR_SHORT: f(v.s); return true;
+    case VX_VAR_UINT: f(v.ui); return true;
+    case VX_VAR_INT: f(v.i); return true;
+    case VX_VAR_ULONG: f(v.ul); return true;
+    case VX_VAR_LONG: f(v.l); return true;
+    case VX_VAR_FLOAT: f(v.f); return true;
+    case VX_VAR_DOUBLE: f(v.d); return true;
+    default: return false;
   }
+}
+
+unsigned VX_Var::valueSize(VX_VAR_TYPE t) {
+  Value probe{};
+  unsigned n = 0;
+  visitScalar(t, probe, [&n](auto& field) { n = sizeof field; });
+  return n;
 }
 
 VX_RET_STATUS VX_Var::get(void* dst) const {
   VX_setUserError(0);
   if (!usable()) return VX_RET_ERR_POBJ;
   if (!dst) return VX_FAIL(VX_RET_ERR_ARG);
-  if (type < VX_VAR_UCHAR || type > VX_VAR_WILD) return VX_FAIL(VX_RET_ERR_GEN);
-  unsigned n = valueSize();
+  if (!isKind(type)) return VX_FAIL(VX_RET_ERR_GEN);
+  unsigned n = valueSize(type);
   if (!n) {
     *static_cast<char*>(dst) = 0;
     return VX_FAIL(VX_RET_ERR_ARG);
@@ -321,7 +323,7 @@ VX_RET_STATUS VX_Var::get(void** dst) const {
   VX_setUserError(0);
   if (!usable()) return VX_RET_ERR_POBJ;
   if (!dst) return VX_FAIL(VX_RET_ERR_ARG);
-  if (type < VX_VAR_UCHAR || type > VX_VAR_WILD) return VX_FAIL(VX_RET_ERR_GEN);
+  if (!isKind(type)) return VX_FAIL(VX_RET_ERR_GEN);
   if (type != VX_VAR_PTR) {
     *dst = nullptr;
     return VX_FAIL(VX_RET_ERR_ARG);
@@ -394,21 +396,25 @@ VX_Var& VX_Var::operator=(const VX_Var& other) {
   return assignFrom(other) > 2 ? sink() : *this;
 }
 
-// The text buffer is sized to the maximum length when there is one (the text cut to it),
-// else to the text. The new buffer is filled before the old one goes, so `text` may be the
-// variant's own text and a failed allocation leaves the variant as it was. With a maximum
-// length the source is never read beyond it.
 VX_RET_STATUS VX_Var::assignStr(const char* text) {
   if (!accepts(VX_VAR_STRING)) return VX_FAIL(VX_RET_ERR_ARG);
-  bool wasString = type == VX_VAR_STRING;
-  int32_t max = wasString ? strLengMax : -1;
+  return storeText(text, type == VX_VAR_STRING ? strLengMax : -1);
+}
+
+// The text buffer is sized to `max` when it is 0 or more (the text cut to it), else to the
+// text. The new buffer is filled before the old value goes, so `text` may lie in the variant's
+// own text or object, and a failed allocation leaves the variant as it was. With a maximum
+// length the source is never read beyond it.
+VX_RET_STATUS VX_Var::storeText(const char* text, int32_t max) {
   size_t need = max >= 0 ? static_cast<size_t>(max) : (text ? std::strlen(text) : 0);
   size_t length = text ? strnlen(text, need) : 0;
-  if (wasString && value.str && need == strCapacity) {
+  if (type == VX_VAR_STRING && value.str && need == strCapacity) {
     std::memmove(value.str, text ? text : "", length);
     value.str[length] = '\0';
+    strLengMax = max;
     return VX_RET_TRUE;
   }
+  if (need > VX_TEXT_LENGTH_MAX) return VX_FAIL(VX_RET_ERR_MEM);
   char* fresh = static_cast<char*>(VX_malloc(need + 1));
   if (!fresh) return VX_FAIL(VX_RET_ERR_MEM);
   std::memset(fresh, 0, need + 1);
@@ -425,57 +431,55 @@ VX_RET_STATUS VX_Var::assignStr(const char* text) {
   return VX_RET_TRUE;
 }
 
-// With a handler the variant holds its own object: `p` is copied into a newly created one.
+// A pointer variant with a handler keeps it: `p` is copied into a new object.
 VX_RET_STATUS VX_Var::assignPtr(void* p) {
   if (!accepts(VX_VAR_PTR)) return VX_FAIL(VX_RET_ERR_ARG);
-  bool managed = type == VX_VAR_PTR && classVarOp;
-  VX_RET_STATUS st = releaseValue(managed);
-  if (st > 2) return st;
-  type = VX_VAR_PTR;
-  if (!managed) {
-    value.ptr = p;
-    return VX_RET_TRUE;
+  return storePtr(p, type == VX_VAR_PTR ? classVarOp : nullptr);
+}
+
+// Without a handler `p` itself is held; with one, a new object that `p` is copied into. The new
+// object is made before the old value goes, so `p` may be the object held now, and a failure
+// leaves the variant as it was. Being handed its own object again changes nothing.
+VX_RET_STATUS VX_Var::storePtr(void* p, VX_ClassVarOpHandler handler) {
+  if (handler && p && type == VX_VAR_PTR && classVarOp == handler && value.ptr == p) return VX_RET_TRUE;
+  void* object = p;
+  VX_RET_STATUS st = VX_RET_TRUE;
+  if (handler) {
+    object = nullptr;
+    if ((st = handler(VX_CLASS_VAR_NEW, &object)) > 2) return st;
+    st = handler(VX_CLASS_VAR_COPY, object, p);
   }
-  void* object = nullptr;
-  st = classVarOp(VX_CLASS_VAR_NEW, &object);
-  if (st > 2) return st;
-  st = classVarOp(VX_CLASS_VAR_COPY, object, p);
+  if (st <= 2) st = releaseValue(false);
   if (st > 2) {
-    classVarOp(VX_CLASS_VAR_DEL, object);
+    if (handler) handler(VX_CLASS_VAR_DEL, object);
     return st;
   }
+  type = VX_VAR_PTR;
+  classVarOp = handler;
   value.ptr = object;
   return VX_RET_TRUE;
 }
 
 // Takes kind, lock and value of an enabled other variant; a handler-owned object is copied
-// through the handler.
+// through the handler. The lock comes along only with the value.
 VX_RET_STATUS VX_Var::assignFrom(const VX_Var& other) {
-  VX_RET_STATUS st = releaseValue(false);
-  if (st > 2) return st;
-  type = other.type;
-  lockVarType = other.lockVarType;
-  switch (other.type) {
-    case VX_VAR_STRING: strLengMax = other.strLengMax; return assignStr(other.value.str);
-    case VX_VAR_PTR:
-      classVarOp = other.classVarOp;
-      if (!classVarOp) {
-        value.ptr = other.value.ptr;
-        return VX_RET_TRUE;
-      }
-      return assignPtr(other.value.ptr);
-    default: value = other.value; return VX_RET_TRUE;
+  VX_RET_STATUS st = VX_RET_TRUE;
+  if (other.type == VX_VAR_STRING) {
+    st = storeText(other.value.str, other.strLengMax);
+  } else if (other.type == VX_VAR_PTR) {
+    st = storePtr(other.value.ptr, other.classVarOp);
+  } else if ((st = releaseValue(false)) <= 2) {
+    type = other.type;
+    value = other.value;
   }
+  if (st <= 2) lockVarType = other.lockVarType;
+  return st;
 }
 
 VX_RET_STATUS VX_Var::setPtr(void* p, VX_ClassVarOpHandler handler) {
   VX_setUserError(0);
   if (!usable()) return VX_RET_ERR_POBJ;
-  VX_RET_STATUS st = releaseValue(false);
-  if (st > 2) return st;
-  type = VX_VAR_PTR;
-  classVarOp = handler;
-  return assignPtr(p);
+  return storePtr(p, handler);
 }
 
 VX_RET_STATUS VX_Var::set(const void* src) {
@@ -487,26 +491,31 @@ VX_RET_STATUS VX_Var::set(const void* src) {
     case VX_VAR_PTR: return assignPtr(const_cast<void*>(src));
     default: break;
   }
-  unsigned n = valueSize();
+  unsigned n = valueSize(type);
   if (!n) return VX_FAIL(VX_RET_ERR_GEN);  // wild, or a kind no variant can have
   if (!src) return VX_FAIL(VX_RET_ERR_ARG);
   std::memcpy(&value, src, n);
   return VX_RET_TRUE;
 }
 
-// The kind changes whatever the lock. A text survives only a change to string and a
-// handler only a change to pointer, where set(src) then refills them.
+// The kind changes whatever the lock. A text's maximum length survives only a change to
+// string and a handler only a change to pointer. `src` is read before the old value goes, as
+// it may point into the variant's own text or object.
 VX_RET_STATUS VX_Var::set(VX_VAR_TYPE t, const void* src) {
   VX_setUserError(0);
   if (!usable()) return VX_RET_ERR_POBJ;
-  if (t < VX_VAR_UNDEF || t > VX_VAR_WILD) return VX_FAIL(VX_RET_ERR_ARG);
-  if (type != VX_VAR_STRING || t != VX_VAR_STRING) {
-    VX_RET_STATUS st = releaseValue(t == VX_VAR_PTR);
-    if (st > 2) return st;
-    strLengMax = -1;
-  }
+  if (t != VX_VAR_UNDEF && !isKind(t)) return VX_FAIL(VX_RET_ERR_ARG);
+  if (t == VX_VAR_STRING) return storeText(static_cast<const char*>(src), type == VX_VAR_STRING ? strLengMax : -1);
+  if (t == VX_VAR_PTR) return storePtr(const_cast<void*>(src), type == VX_VAR_PTR ? classVarOp : nullptr);
+  Value fresh;
+  std::memset(&fresh, 0, sizeof fresh);
+  unsigned n = valueSize(t);
+  if (src && n) std::memcpy(&fresh, src, n);
+  VX_RET_STATUS st = releaseValue(false);
+  if (st > 2) return st;
   type = t;
-  if (t == VX_VAR_STRING || t == VX_VAR_PTR || src) return set(src);
+  value = fresh;
+  if (src && t == VX_VAR_WILD) return VX_FAIL(VX_RET_ERR_GEN);  // a wild variant takes no value
   return VX_RET_TRUE;
 }
 
@@ -533,11 +542,7 @@ VX_RET_STATUS VX_Var::cast(VX_VAR_TYPE t) {
       case VX_VAR_FLOAT: std::snprintf(text, sizeof text, "%f", value.f); break;
       default: std::snprintf(text, sizeof text, "%lf", value.d); break;
     }
-    unsigned char lock = lockVarType;
-    lockVarType = 0;
-    VX_RET_STATUS st = assignStr(text);
-    lockVarType = lock;
-    return st;
+    return storeText(text, -1);
   }
   Number n{false, 0, 0.0};
   switch (type) {
@@ -658,13 +663,11 @@ VX_Var VX_Var::arith(char op, const VX_Var& other) const {
     const char* x = a.value.str ? a.value.str : "";
     const char* y = b.value.str ? b.value.str : "";
     size_t nx = std::strlen(x), ny = std::strlen(y);
-    char* text = static_cast<char*>(VX_malloc(nx + ny + 1));
+    char* text = VX_joinText(x, nx, y, ny);
     if (!text) {
       VX_REPORT_STATUS(VX_RET_ERR_MEM);
       return result;
     }
-    std::memcpy(text, x, nx);
-    std::memcpy(text + nx, y, ny + 1);
     result.value.str = text;
     result.strCapacity = static_cast<uint32_t>(nx + ny);
     return result;
@@ -719,36 +722,21 @@ VX_OStream& operator<<(VX_OStream& stream, const VX_Var& v) {
   }
 }
 
-template <class F>
-bool VX_Var::visitScalar(F&& f) {
-  switch (type) {
-    case VX_VAR_UCHAR: f(value.uc); return true;
-    case VX_VAR_CHAR: f(value.c); return true;
-    case VX_VAR_USHORT: f(value.us); return true;
-    case VX_VAR_SHORT: f(value.s); return true;
-    case VX_VAR_UINT: f(value.ui); return true;
-    case VX_VAR_INT: f(value.i); return true;
-    case VX_VAR_ULONG: f(value.ul); return true;
-    case VX_VAR_LONG: f(value.l); return true;
-    case VX_VAR_FLOAT: f(value.f); return true;
-    case VX_VAR_DOUBLE: f(value.d); return true;
-    default: return false;
-  }
-}
-
-// Bytes of the value field of the packed form. A string without a maximum length takes its
-// text and NUL, which is what pack writes and unpack consumes, so packed arrays stay aligned
-// even when the buffer is larger than the text.
-unsigned VX_Var::packedValueSize(VX_STORAGE_TYPE storage) {
-  if (unsigned n = valueSize()) return n;
+// Bytes of the value field of the packed form, in `n`. A string without a maximum length takes
+// its text and NUL, which is what pack writes and unpack consumes, so packed arrays stay aligned
+// even when the buffer is larger than the text. A handler that cannot tell the size of its
+// object fails the query (`n` is then 0).
+VX_RET_STATUS VX_Var::packedValueSize(VX_STORAGE_TYPE storage, unsigned& n) {
+  n = valueSize(type);
   if (type == VX_VAR_STRING)
-    return strLengMax >= 0 ? static_cast<unsigned>(strLengMax) + 1
-                           : (value.str ? static_cast<unsigned>(std::strlen(value.str)) : 0) + 1;
-  if (type != VX_VAR_PTR) return 0;
-  if (!classVarOp) return 4;
-  unsigned n = 0;
-  if (classVarOp(VX_CLASS_VAR_PACKED_SIZE, storage, &n) > 2) return 0;
-  return n;
+    n = strLengMax >= 0 ? static_cast<unsigned>(strLengMax) + 1
+                        : (value.str ? static_cast<unsigned>(std::strlen(value.str)) : 0) + 1;
+  if (type != VX_VAR_PTR) return VX_RET_TRUE;
+  n = 4;
+  if (!classVarOp) return VX_RET_TRUE;
+  VX_RET_STATUS st = classVarOp(VX_CLASS_VAR_PACKED_SIZE, storage, &n);
+  if (st > 2) n = 0;
+  return st;
 }
 
 enum : unsigned { VX_VAR_HEADER_SIZE = 9 };
@@ -760,7 +748,9 @@ unsigned int VX_Var::getPackedSize(VX_Version&, VX_STORAGE_TYPE storage) {
     VX_REPORT_STATUS(VX_RET_ERR_NIMP);
     return 0;
   }
-  return VX_VAR_HEADER_SIZE + packedValueSize(storage);
+  unsigned n = 0;
+  packedValueSize(storage, n);  // an object of unknown size counts as 0 bytes
+  return VX_VAR_HEADER_SIZE + n;
 }
 
 VX_RET_STATUS VX_Var::pack(VX_Version&, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
@@ -769,17 +759,21 @@ VX_RET_STATUS VX_Var::pack(VX_Version&, char* buffer, unsigned int& size, VX_STO
   if (!usable()) return VX_RET_ERR_POBJ;
   if (storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_NIMP);
   if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
-  unsigned total = VX_VAR_HEADER_SIZE + packedValueSize(storage);
+  // Nothing is written unless the whole size is known: the caller sized the block from it.
+  unsigned n = 0;
+  VX_RET_STATUS st = packedValueSize(storage, n);
+  if (st > 2) return st;
+  unsigned total = VX_VAR_HEADER_SIZE + n;
   VX_putLE<int32_t>(buffer, VX_varType2Alias(type));
   VX_putLE<int32_t>(buffer + 4, type == VX_VAR_STRING ? strLengMax : -1);
   buffer[8] = static_cast<char>(lockVarType);
   char* field = buffer + VX_VAR_HEADER_SIZE;
-  if (!visitScalar([field](auto& v) { VX_putLE(field, v); })) {
+  if (!visitScalar(type, value, [field](auto& v) { VX_putLE(field, v); })) {
     if (type == VX_VAR_STRING) {
       std::memset(field, 0, total - VX_VAR_HEADER_SIZE);
       if (value.str) std::memcpy(field, value.str, std::strlen(value.str));
     } else if (type == VX_VAR_PTR && classVarOp) {
-      VX_RET_STATUS st = classVarOp(VX_CLASS_VAR_PACK, value.ptr, field, storage);
+      st = classVarOp(VX_CLASS_VAR_PACK, value.ptr, field, storage);
       if (st > 2) return st;
     } else if (type == VX_VAR_PTR) {
       // A plain pointer means nothing to a reader; its four bytes only keep the layout.
@@ -807,8 +801,8 @@ VX_RET_STATUS VX_Var::unpack(VX_Version&, char* buffer, unsigned int& size, VX_S
   size = VX_VAR_HEADER_SIZE;
   if (storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_NIMP);
   char* field = buffer + VX_VAR_HEADER_SIZE;
-  if (visitScalar([field](auto& v) { v = VX_getLE<std::decay_t<decltype(v)>>(field); })) {
-    size += valueSize();
+  if (visitScalar(type, value, [field](auto& v) { v = VX_getLE<std::decay_t<decltype(v)>>(field); })) {
+    size += valueSize(type);
   } else if (type == VX_VAR_STRING) {
     st = assignStr(field);
     if (st > 2) return st;
@@ -829,34 +823,37 @@ VX_RET_STATUS VX_Var::unpack(VX_Version&, char* buffer, unsigned int& size, VX_S
 // The file form has the fields of the packed form, each in the file's own encoding. A text
 // is written with its NUL only (no padding to the maximum length); an object owned through
 // a handler is written as its packed size and then its packed bytes, so that it can be read
-// back without knowing its size beforehand.
+// back without knowing its size beforehand. A plain pointer means nothing to a reader: as in
+// the packed form its four bytes are zero, and it reads back as a null pointer.
 VX_RET_STATUS VX_Var::persist(VX_Version&, VX_FileBinary& file, unsigned int& size) {
   VX_setUserError(0);
   size = 0;
   if (!usable()) return VX_RET_ERR_POBJ;
+  unsigned bytes = 0;
+  VX_RET_STATUS st = packedValueSize(VX_STORAGE_BINARY, bytes);
+  if (st > 2) return st;
   unsigned n = 0;
   auto put = [&](auto v) {
-    VX_RET_STATUS st;
+    VX_RET_STATUS written;
     if constexpr (std::is_same_v<decltype(v), int8_t>)
-      st = file.persistVal(static_cast<char>(v), n);
+      written = file.persistVal(static_cast<char>(v), n);
     else
-      st = file.persistVal(v, n);
+      written = file.persistVal(v, n);
     size += n;
-    return st;
+    return written;
   };
-  VX_RET_STATUS st = put(static_cast<int>(VX_varType2Alias(type)));
+  st = put(static_cast<int>(VX_varType2Alias(type)));
   if (st <= 2) st = put(static_cast<int>(type == VX_VAR_STRING ? strLengMax : -1));
   if (st <= 2) st = put(lockVarType);
   if (st > 2) return st;
-  if (visitScalar([&](auto& v) { st = put(v); })) return st;
+  if (visitScalar(type, value, [&](auto& v) { st = put(v); })) return st;
   if (type == VX_VAR_STRING) {
     st = file.persistVal(value.str ? value.str : "", n);
     size += n;
     return st;
   }
   if (type != VX_VAR_PTR) return VX_RET_TRUE;
-  if (!classVarOp) return put(value.ptr);
-  unsigned bytes = packedValueSize(VX_STORAGE_BINARY);
+  if (!classVarOp) return put(0);
   char* block = static_cast<char*>(VX_malloc(bytes ? bytes : 1));
   if (!block) return VX_FAIL(VX_RET_ERR_MEM);
   st = classVarOp(VX_CLASS_VAR_PACK, value.ptr, block, VX_STORAGE_BINARY);
@@ -895,7 +892,7 @@ VX_RET_STATUS VX_Var::restore(VX_Version&, VX_FileBinary& file, unsigned int& si
   if ((st = get(max)) > 2 || (st = setStrLengMax(max)) > 2) return st;
   if ((st = get(lock)) > 2) return st;
   setLockVarType(lock);
-  if (visitScalar([&](auto& v) { st = get(v); })) return st;
+  if (visitScalar(type, value, [&](auto& v) { st = get(v); })) return st;
   if (type == VX_VAR_STRING) {
     char* text = nullptr;
     st = file.restoreVal(&text, n);
@@ -905,8 +902,8 @@ VX_RET_STATUS VX_Var::restore(VX_Version&, VX_FileBinary& file, unsigned int& si
     return st;
   }
   if (type != VX_VAR_PTR) return VX_RET_TRUE;
-  if (!classVarOp) return get(value.ptr);
   unsigned bytes = 0;
+  if (!classVarOp) return get(bytes);  // the zero bytes of a plain pointer; it stays null
   if ((st = get(bytes)) > 2) return st;
   long left = file.length() - file.tell();
   if (left < 0 || bytes > static_cast<unsigned long>(left)) {

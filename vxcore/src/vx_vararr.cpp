@@ -1,5 +1,5 @@
 // The variant array VX_VarArr and the array instantiations for variants.
-#define VX_MODULE_LABEL ".\\src\\vx_vararr"
+#define VX_MODULE_LABEL ".\\src\\vx_var"
 
 #include "vx_vararr.h"
 
@@ -80,7 +80,6 @@ VX_VarArr::VX_VarArr(const VX_VarArr& other) : VX_Array<VX_Var>(0, 0), VX_Persis
   }
   if (initDataMembers(other.numElems(), VX_VAR_WILD, 1) > 2) return;
   VX_Array<VX_Var>::operator=(other);
-  if (numElems() != other.numElems()) cleanupDataMembers();
 }
 
 VX_VarArr::~VX_VarArr() { enabled = 0; }
@@ -120,7 +119,7 @@ VX_Var& VX_VarArr::operator[](unsigned int index) {
   VX_setUserError(0);
   if (!usable()) return VX_nullRef<VX_Var>();
   if (index >= numElems()) {
-    VX_REPORT_ERROR("VX_VAR_ARRAY: element access", "Index %d not in [%d,%d]", static_cast<int>(index), 0,
+    VX_REPORT_ERROR("VX_VAR_ARRAY: element access", VX_msg(0, 3), static_cast<int>(index), 0,
                     static_cast<int>(numElems()) - 1);
     return VX_nullRef<VX_Var>();
   }
