@@ -132,8 +132,9 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS read(void* data, unsigned int size, unsigned int count) override;
   VX_RET_STATUS write(void const* data, unsigned int size, unsigned int count) override;
   // The record's whole data into `mem`, sized from the record header (a variable file without
-  // record headers reads mem's present size). A VX_String is both a memory block and a
-  // persistable: a cast picks the form.
+  // record headers reads mem's present size). At or past the end of the file it fails as the
+  // plain read does (VX_RET_ERR_GEN); a record header cut short by the end is damage. A
+  // VX_String is both a memory block and a persistable: a cast picks the form.
   VX_RET_STATUS read(VX_Memory& mem);
   VX_RET_STATUS write(VX_Memory& mem);
   // Whole objects as one record: packed with VX_systemVersionWrite, unpacked with
