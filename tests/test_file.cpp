@@ -201,6 +201,7 @@ TEST_F(Files, WholeObjectsArePackedBlocks) {
   VX_FileBinary f(name, VX_FILE_CREATE);
   EXPECT_EQ((S{f.write(v), f.write(s), f.flush()}), (S{T, T, T}));
   EXPECT_EQ(bytes(), std::string("\1\0\0\0\2\0\0\0\3\0\0\0\6\0\0\0hello\0", 22));
+  EXPECT_EQ((S{f.seek(100, 0), f.read(back), rep.mentions("fread() failed.")}), (S{T, GEN, 1}));  // past the end
   EXPECT_EQ((S{f.seek(0, 0), f.read(back), back == v, f.read(text, 10), text == "hello"}), (S{T, T, 1, T, 1}));
   EXPECT_EQ((S{f.seek(0, 0), (vxtest::failNextAlloc(), f.read(v)), f.close(), f.open(name, VX_FILE_CREATE),
                (vxtest::failNextAlloc(), f.write(v)), int(f.length()), rep.count(MEM), VX_FileBinary().write(s)}),

@@ -106,6 +106,13 @@ TEST_F(RecFile, CreationWritesTheExactLayoutAndChecksItsArguments) {
             (Trace{VX_RET_ERR_CALL, VX_RET_TRUE, 1, VX_RET_ERR_ARG}));
   path = tmp.file("missing");
   EXPECT_EQ((Trace{reopen(VX_FILE_READ), f.isOpen()}), (Trace{VX_RET_ERR_GEN, VX_RET_FALSE}));
+  vxtest::writeFileBytes(path, "keep");  // refused arguments leave an existing file alone
+  EXPECT_EQ((Trace{f.open(path.c_str(), 0, 0, 16, 1, nullptr, 4, 1, none), bytes() == "keep"}),
+            (Trace{VX_RET_ERR_ARG, 1}));
+  // With a private buffer a record waits there; the header is on disk at once.
+  EXPECT_EQ((Trace{f.open(path.c_str(), 1, 4096, 16, 1, nullptr, 0, 1, none), put(16), long(bytes().size()),
+                   f.close() <= 2, long(bytes().size())}),
+            (Trace{VX_RET_TRUE, 124, 124, 1, 152}));
 }
 
 TEST_F(RecFile, FixedRecordsReadWriteAndWalk) {
@@ -128,21 +135,25 @@ TEST_F(RecFile, FixedRecordsReadWriteAndWalk) {
             (Trace{VX_RET_TRUE, VX_RET_TRUE, 1}));
 
   VX_Memory mem;
+  const long size = f.length();
   EXPECT_EQ((Trace{f.writeSubRec("XY", 184, 14, 2), f.readSubRec(buf, 184, 12, 4), f.readSubRec(buf + 4, 184, 15, 2),
-                   f.readSubRec(mem, 184, 0, 3)}),
-            (Trace{VX_RET_TRUE, VX_RET_TRUE, VX_RET_ERR_ARG, VX_RET_TRUE}));
+                   (vxtest::failNextAlloc(), f.readSubRec(mem, 184, 15, 2)), (vxtest::clearAllocFault(), 0),
+                   f.writeSubRec("XY", (1L << 40) + 128, 0, 2), f.length() == size, f.readSubRec(mem, 184, 0, 3)}),
+            (Trace{VX_RET_TRUE, VX_RET_TRUE, VX_RET_ERR_ARG, VX_RET_ERR_ARG, 0, VX_RET_ERR_ARG, 1, VX_RET_TRUE}));
   EXPECT_EQ(std::string(buf, 4) + std::string(static_cast<char*>(mem.memPtr()), mem.memSize()), "ccXYccc");
 }
 
 TEST_F(RecFile, VariableFreeListsSplitAndRelink) {
   ASSERT_EQ(createVariable({0, 64}), VX_RET_TRUE);
-  EXPECT_EQ((Trace{put(64), put(100), put(10), f.hasDeletedRecords()}), (Trace{132, 208, 320, VX_RET_FALSE}));
+  EXPECT_EQ((Trace{put(64), put(100), put(10), f.hasDeletedRecords(), put(0)}),
+            (Trace{132, 208, 320, VX_RET_FALSE, -1}));  // an empty record would take a free one for nothing
   EXPECT_EQ((Trace{f.deleteRec(132), f.deleteRec(208), f.deleteRec(208), f.tell(), f.isDeleted(), f.tell(),
                    f.hasDeletedRecords()}),
             (Trace{VX_RET_TRUE, VX_RET_TRUE, VX_RET_FALSE, 208, VX_RET_TRUE, 208, VX_RET_TRUE}));
   EXPECT_EQ((Trace{f.getAvailableRecOffset(VX_BINREC_SEARCH_FIRST_FIT, 40),
+                   f.getAvailableRecOffset(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO(3), 40),  // searches as first fit
                    f.getAvailableRecOffset(VX_BINREC_SEARCH_EXACT, 40), f.getFreeRec(64, 1, 0), put(40)}),
-            (Trace{208, 342, 132, 342}));
+            (Trace{208, 208, 342, 132, 342}));
   EXPECT_EQ((Trace{put(40, 'r', VX_BINREC_SEARCH_FIRST_FIT), f.close() <= 2}), (Trace{208, 1}));
   const std::string b = bytes();  // the list heads, then the two record headers
   EXPECT_EQ(b.substr(116, 16) + b.substr(208, 12) + b.substr(260, 12),
@@ -151,6 +162,8 @@ TEST_F(RecFile, VariableFreeListsSplitAndRelink) {
   const auto thenFit = VX_BINREC_SEARCH_EXACT_THEN_FIT;
   EXPECT_EQ((Trace{reopen(), put(64, 'r', thenFit), put(10, 'c', thenFit), recAt(3)}), (Trace{1, 132, 260, 260}));
   EXPECT_EQ(readHere(), std::string(10, 'c'));
+  EXPECT_EQ(f.seek(0, 2), VX_RET_TRUE);
+  EXPECT_EQ(readHere(), "<11>");  // the clean end of the file is a failed read, not damage
   OutputCapture capture;
   EXPECT_EQ((Trace{recAt(3), f.debugDump(), f.tell(), captured.find("User header: NULL\n") != std::string::npos}),
             (Trace{260, VX_RET_TRUE, 260, 1}));  // the rest of the dump is pinned by the tool's test
@@ -164,7 +177,7 @@ TEST_F(RecFile, FixedFreeListIsLastInFirstOutAndReachesTheFileAtClose) {
   EXPECT_EQ((Trace{put(16), put(16), put(16), f.deleteRec(128), f.deleteRec(184)}),
             (Trace{128, 156, 184, VX_RET_TRUE, VX_RET_TRUE}));
   EXPECT_EQ(bytes().substr(120, 4), le32(None));  // a crash now would lose the deletions
-  ASSERT_LE(f.close(), 2);
+  f = VX_FileBinaryRec();  // assignment closes the file as close() does
   EXPECT_EQ(bytes().substr(120, 4), le32(184));
 
   const std::string before = bytes();
@@ -315,6 +328,7 @@ TEST_F(RecFile, FullDiskFailsTheWriteAndKeepsEarlierRecords) {
   ASSERT_LE(f.close(), 2);
   vxtest::CaptureReporter rep;
   EXPECT_EQ((Trace{f.open("/dev/full", 0, 0, 16, 1, nullptr, 0, 1, none), f.isOpen()}), (Trace{VX_RET_ERR_GEN, 0}));
+  EXPECT_EQ(f.open("/dev/full", 1, 4096, 16, 1, nullptr, 0, 1, none), VX_RET_ERR_GEN);  // a buffer still flushes the header
 }
 
 }  // namespace

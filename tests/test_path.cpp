@@ -92,7 +92,12 @@ TEST(PathFileSystem, TestsSearchRenameMoveAndTemporaryNames) {
     answers += yesNo(VX_fileIsValidWriteTarget(path.c_str()));
   ASSERT_EQ(::chmod(file.c_str(), 0444), 0);
   answers += yesNo(VX_fileIsValidWriteTarget(file.c_str())) + yesNo(exists(fresh));  // the probe file is removed
-  EXPECT_EQ(answers, "yynn" "yyyynnn" "yynn" "nn");
+  const std::string link = tmp.file("link"), target = tmp.file("target");  // a dangling link is left as it is
+  ASSERT_EQ(::symlink(target.c_str(), link.c_str()), 0);
+  struct stat linkStat;
+  answers += yesNo(VX_fileIsValidWriteTarget(link.c_str())) + yesNo(::lstat(link.c_str(), &linkStat) == 0) +
+             yesNo(exists(target));
+  EXPECT_EQ(answers, "yynn" "yyyynnn" "yynn" "nn" "nyn");
   EXPECT_EQ(std::to_string(VX_fileGetSize(file.c_str())) + std::to_string(VX_fileGetSize(fresh.c_str())), "50");
 
   // Search: the current directory, then each entry (";" or ":", empty ones skipped); absolute names are only checked.
@@ -129,6 +134,11 @@ TEST(PathFileSystem, TestsSearchRenameMoveAndTemporaryNames) {
                    exists(b), rep.count(VX_RET_ERR_GEN)}),
             (Codes{VX_RET_TRUE, 1, VX_RET_ERR_GEN, 0, 2}));
   EXPECT_EQ(::rmdir(tdir.c_str()), 0) << "the moved-aside file was left behind";
+  {  // an old target that cannot be moved aside (another file system) is still replaced
+    EnvGuard shm("TMP", "/dev/shm");
+    writeFileBytes(a, "A"), writeFileBytes(b, "B");
+    EXPECT_EQ((Codes{VX_fileMove(a.c_str(), b.c_str()), readFileBytes(b) == "A"}), (Codes{VX_RET_TRUE, 1}));
+  }
   for (VX_RET_STATUS st : {VX_fileRename(nullptr, b.c_str()), VX_fileRename(a.c_str(), nullptr), VX_fileDelete(nullptr),
                            VX_fileMove(nullptr, b.c_str()), VX_fileMove(a.c_str(), ""),
                            VX_fileFindAbsolutePathFromEnv("", out), VX_fileFindAbsolutePathFromEnv(nullptr, out)})

@@ -74,8 +74,11 @@ class VX_API VX_File : public VX_VorlaxeClass {
   // getPackedSize (or `size`) bytes and unpacked with VX_systemVersionRead.
   VX_RET_STATUS writeObject(VX_Persistable& obj);
   VX_RET_STATUS readObject(VX_Persistable& obj, unsigned int size, bool sizeGiven);
-  // Bytes between the current position and the end, or -1.
+  // Bytes between the current position and the end (0 at or past the end), or -1 when the
+  // position or the length cannot be had.
   long bytesLeft();
+  // Whether the stream writes through a private buffer this file set up.
+  bool privateBuffer() const { return buffer != nullptr; }
 
  private:
   void initDataMembers();
@@ -172,9 +175,9 @@ class VX_API VX_FileBinary : public VX_TypedFile<VX_STORAGE_BINARY> {
   VX_RET_STATUS restoreVal(char** text, unsigned int& size, unsigned char scramble = 0);
 
  private:
-  // The fixed-width little-endian forms every number goes through.
-  VX_RET_STATUS putBytes(unsigned long long value, unsigned int width, unsigned int& size);
-  VX_RET_STATUS getBytes(unsigned long long& value, unsigned int width, unsigned int& size);
+  // The stored bytes of one number, moved with the plain transfer.
+  VX_RET_STATUS putBytes(const char* bytes, unsigned int width, unsigned int& size);
+  VX_RET_STATUS getBytes(char* bytes, unsigned int width, unsigned int& size);
 };
 
 // VX_FileAscii: a file opened in text mode. Lines end at "\n"; line and column numbers count

@@ -88,7 +88,13 @@ extern template class VX_Array<VX_FileBinrecTblEntry>;
 // header, table, free lists or record headers point outside the file or loop, is reported and
 // refused with VX_RET_ERR_FILE: on open, and by every later walk that meets the damage.
 // Offsets the caller passes are checked leniently by design: a bad one is reported and the
-// transfer goes ahead.
+// transfer goes ahead; only one beyond the largest record offset (2^31 - 1) is refused.
+//
+// Durability: on a file opened unbuffered every record write is flushed before it returns, so
+// a full disk fails the write that met it. A file opened with a private buffer keeps record
+// writes (record headers included) in that buffer; a failure to store them shows at the next
+// flush, when the buffer fills, at the next rewrite of the file header, table or user header
+// (those are flushed at once in either mode), or at close.
 class VX_API VX_FileBinaryRec : public VX_FileBinary {
  public:
   VX_FileBinaryRec();
@@ -126,19 +132,20 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS read(void* data, unsigned int size, unsigned int count) override;
   VX_RET_STATUS write(void const* data, unsigned int size, unsigned int count) override;
   // The record's whole data into `mem`, sized from the record header (a variable file without
-  // record headers reads mem's present size). A VX_String is both a memory block and a
-  // persistable: a cast picks the form.
+  // record headers reads mem's present size). At or past the end of the file it fails as the
+  // plain read does (VX_RET_ERR_GEN); a record header cut short by the end is damage. A
+  // VX_String is both a memory block and a persistable: a cast picks the form.
   VX_RET_STATUS read(VX_Memory& mem);
   VX_RET_STATUS write(VX_Memory& mem);
   // Whole objects as one record: packed with VX_systemVersionWrite, unpacked with
   // VX_systemVersionRead from getPackedSize (or `size`) bytes.
-  VX_RET_STATUS read(VX_Persistable& obj);
-  VX_RET_STATUS read(VX_Persistable& obj, unsigned int size);
-  VX_RET_STATUS write(VX_Persistable& obj);
+  using VX_FileBinary::read;
+  using VX_FileBinary::write;
 
   // Part of a record's data: `size` bytes from `subOffset` into the data of the record at
-  // `recOffset`. The range must lie inside the record. The memory forms read into a block of
-  // `size` bytes and write mem's whole content.
+  // `recOffset`. The range must lie inside the record, which is checked before anything is
+  // allocated or moved. The memory forms read into a block of `size` bytes and write mem's
+  // whole content.
   VX_RET_STATUS readSubRec(void* data, long recOffset, unsigned int subOffset, unsigned int size);
   VX_RET_STATUS writeSubRec(void const* data, long recOffset, unsigned int subOffset, unsigned int size);
   VX_RET_STATUS readSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset, unsigned int size);
@@ -148,7 +155,7 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   // the file. A fixed file's free record is unlinked even by this query.
   long getAvailableRecOffset(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
   // Writes a record into a free slot (splitting a larger one) or at the end; its offset, -1 on
-  // any failure.
+  // any failure. A variable file refuses an empty record (VX_RET_ERR_ARG).
   long autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
   long autoWrite(VX_Memory& mem, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo);
   // A free record of `size` bytes (exactly, or at least with room for a split when `exact` is
@@ -221,9 +228,10 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS writeHeaderAndTable();
   VX_RET_STATUS writeTable();
   VX_RET_STATUS readTable();
-  // The record written last must reach the file now, so that a full disk shows at the write
-  // that met it; what a refused flush could not write is discarded.
-  VX_RET_STATUS commitWrite();
+  // What was just written must reach the file now, so that a full disk shows at the write that
+  // met it; what a refused flush could not write is discarded. With a private buffer record
+  // writes skip the flush unless `always` (header, table and user header rewrites, close).
+  VX_RET_STATUS commitWrite(bool always = false);
 
   long firstRecOffset() const;
   unsigned int fixedRecSize();
@@ -239,11 +247,12 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   // live record would have), checked against the real file length: the header and the data
   // must lie in the record area. Damage is reported (VX_RET_ERR_FILE).
   VX_RET_STATUS recordAt(long offset, long fileLength, VX_FileBinrecRecHdr& rec, const char* what);
-  // Reads into `data` or writes from it: the sub-record range checked, then the raw transfer.
-  VX_RET_STATUS subRecord(bool writing, void* data, long recOffset, unsigned int subOffset, unsigned int size);
+  // Checks a sub-record range against its record; `at` gets the file offset of its first byte.
+  VX_RET_STATUS subRange(bool writing, long recOffset, unsigned int subOffset, unsigned int size, long& at);
   // getFreeRec with a status: damage and failed transfers are told apart from "none" (-1).
   VX_RET_STATUS searchFreeRec(unsigned int size, unsigned char exact, unsigned char allocate, long& offset);
-  // Exact first for algorithms 0 and 1, then any fit for 1.
+  // Exact first for EXACT and EXACT_THEN_FIT, then any fit for EXACT_THEN_FIT; any other value
+  // searches as FIRST_FIT.
   VX_RET_STATUS findFreeRec(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size, unsigned char allocate,
                             long& offset);
   // The end of the file, where a new record goes; -1 (reported) when it cannot be had.

@@ -44,8 +44,9 @@ VX_API unsigned char VX_filePathIsDrive(const char* path, VX_String& out);
 // A drive counts as a directory. Otherwise trailing "\" (only those) are stripped and the system
 // is asked.
 VX_API unsigned char VX_filePathIsDirectory(const char* path);
-// An existing path: whether its owner may write it. A missing one: whether it can be created
-// (it is created with mode "w" and removed again).
+// An existing path: whether its owner may write it (a dangling symbolic link: 0, and nothing
+// is created through it). A missing one: whether it can be created; a probe file is created
+// exclusively and removed again, and nothing else is ever removed.
 VX_API unsigned char VX_fileIsValidWriteTarget(const char* path);
 VX_API unsigned char VX_filePathHasLeadingSlash(const char* path);
 VX_API unsigned char VX_filePathHasTrailingSlash(const char* path);
@@ -58,7 +59,7 @@ VX_API VX_RET_STATUS VX_fileRename(const char* oldPath, const char* newPath);
 VX_API VX_RET_STATUS VX_fileDelete(const char* path);
 // Moves `to` aside under a temporary name, renames `from` to `to`, then deletes the moved-aside
 // file, in that order and even when the second rename failed. Returns the rename's error, else
-// VX_RET_TRUE when an old `to` was removed and VX_RET_FALSE when there was none.
+// VX_RET_TRUE when an old `to` was replaced and VX_RET_FALSE when there was none.
 VX_API VX_RET_STATUS VX_fileMove(const char* from, const char* to);
 // A name that does not exist yet: directory + fname + ext of `templ` + a random suffix. The
 // directory comes from the environment variable "TMP", which the call first points at the

@@ -4,7 +4,6 @@
 #include "vx_file.h"
 
 #include <cerrno>
-#include <climits>
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
@@ -31,18 +30,6 @@ enum : unsigned { TextWorkSize = 1024, SearchChunk = 4096, PackSlack = 8 };
 
 // scan(VX_String&) reads through this one buffer ("%1024s" and its terminator).
 char scanWorkBuffer[TextWorkSize + 1];
-
-// Bit inversion of the characters of a stored text; applying it twice restores them. Texts
-// longer than an int are inverted in int-sized steps.
-void invertBytes(char* bytes, std::size_t count) {
-  unsigned char* at = reinterpret_cast<unsigned char*>(bytes);
-  while (count) {
-    int step = count > INT_MAX ? INT_MAX : static_cast<int>(count);
-    VX_escanBuffer(at, step);
-    at += step;
-    count -= static_cast<std::size_t>(step);
-  }
-}
 
 }  // namespace
 
@@ -161,13 +148,12 @@ VX_RET_STATUS VX_File::open(const char* path, VX_FILE_MODE openMode, VX_STORAGE_
   char modeText[4];
   std::snprintf(modeText, sizeof modeText, "%s%s", streamModes[openMode],
                 storage == VX_STORAGE_ASCII ? "t" : storage == VX_STORAGE_BINARY ? "b" : "");
-  char* sysPath = VX_sysPath(path);
-  if (!sysPath) {
+  VX_SysPath sysPath;
+  if (sysPath.convert(path) > 2) {
     resetMembers();
-    return VX_FAIL(VX_RET_ERR_MEM);
+    return VX_RET_ERR_MEM;
   }
   std::FILE* fp = std::fopen(sysPath, modeText);
-  VX_free(sysPath);
   if (!fp) {
     VX_REPORT_ERROR("VX_File open", "Could not open file <%s>\n", path);
     VX_REPORT_STATUS(VX_RET_ERR_GEN);
@@ -322,7 +308,8 @@ long VX_File::length() {
 long VX_File::bytesLeft() {
   long pos = std::ftell(fileStream());
   long end = length();
-  return pos < 0 || end < 0 ? -1 : end - pos;
+  if (pos < 0 || end < 0) return -1;
+  return end > pos ? end - pos : 0;  // a position past the end has nothing left to read
 }
 
 VX_RET_STATUS VX_File::isOpen() {
@@ -355,13 +342,14 @@ VX_RET_STATUS VX_File::writeObject(VX_Persistable& obj) {
   return st;
 }
 
-// The block is read whole before anything is allocated for it only when the file still holds
-// that many bytes, so a size taken from damaged data cannot ask for more memory than the file
-// has. A zeroed tail after the block keeps a text inside it terminated for unpack.
+// Memory is allocated for the block only when the file still holds that many bytes, so a size
+// taken from damaged data cannot ask for more memory than the file has; too few bytes (none at
+// or past the end) fail as the short read would. A zeroed tail after the block keeps a text
+// inside it terminated for unpack.
 VX_RET_STATUS VX_File::readObject(VX_Persistable& obj, unsigned int size, bool sizeGiven) {
   if (!sizeGiven) size = obj.getPackedSize(VX_systemVersionRead, VX_STORAGE_BINARY);
   long left = bytesLeft();
-  if (left < 0) return VX_RET_ERR_GEN;  // the failed reposition has been reported
+  if (left < 0) return VX_FAIL(VX_RET_ERR_GEN);  // the stream cannot tell its position or length
   if (static_cast<unsigned long>(left) < size) {
     VX_REPORT_ERROR("read()", "fread() failed.");
     return VX_RET_ERR_GEN;
@@ -471,81 +459,48 @@ template class VX_TypedFile<VX_STORAGE_ASCII>;
 // VX_FileBinary
 
 // Fields are written with the base transfer, never a derived class's record-level write.
-VX_RET_STATUS VX_FileBinary::putBytes(unsigned long long value, unsigned int width, unsigned int& size) {
+VX_RET_STATUS VX_FileBinary::putBytes(const char* bytes, unsigned int width, unsigned int& size) {
   size = 0;
   if (!usable()) return VX_FAIL(VX_RET_ERR_ARG);
-  char bytes[8];
-  VX_putLE(bytes, value, width);
   VX_RET_STATUS st = VX_File::write(bytes, width, 1);
   if (st > 2) return st;
   size = width;
   return VX_RET_TRUE;
 }
 
-VX_RET_STATUS VX_FileBinary::getBytes(unsigned long long& value, unsigned int width, unsigned int& size) {
+VX_RET_STATUS VX_FileBinary::getBytes(char* bytes, unsigned int width, unsigned int& size) {
   size = 0;
   if (!usable() || eof()) return VX_FAIL(VX_RET_ERR_ARG);
-  char bytes[8];
   VX_RET_STATUS st = VX_File::read(bytes, width, 1);
   if (st > 2) return st;
-  value = VX_getLE(bytes, width);
   size = width;
   return VX_RET_TRUE;
 }
 
 namespace {
 
-// The stored bits of each primitive: integers by value (narrowed to their stored width by
-// the byte writer), floats by their IEEE bit patterns, pointers by their address.
+// The type each primitive is stored as: long and pointers take 32 bits whatever the host's
+// widths (a long comes back sign-extended, an unsigned long and a pointer do not); the others
+// are stored as they are.
 template <class T>
-unsigned long long storedBits(T value) {
-  return static_cast<unsigned long long>(value);
-}
-template <>
-unsigned long long storedBits<float>(float value) {
-  uint32_t bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
-}
-template <>
-unsigned long long storedBits<double>(double value) {
-  uint64_t bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
-}
-template <>
-unsigned long long storedBits<void*>(void* value) {
-  return reinterpret_cast<uintptr_t>(value);
+using StoredAs = std::conditional_t<
+    std::is_same<T, long>::value, int32_t,
+    std::conditional_t<std::is_same<T, unsigned long>::value || std::is_pointer<T>::value, uint32_t, T>>;
+
+template <class T>
+StoredAs<T> toStored(T value) {
+  if constexpr (std::is_pointer<T>::value)
+    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(value));
+  else
+    return static_cast<StoredAs<T>>(value);
 }
 
-// The value back from its stored bits; signed types are sign-extended from their width.
 template <class T>
-T fromBits(unsigned long long bits, unsigned width) {
-  if (std::is_signed<T>::value && width < 8 && (bits >> (8 * width - 1)) & 1) bits |= ~0ULL << (8 * width);
-  return static_cast<T>(bits);
-}
-template <>
-float fromBits<float>(unsigned long long bits, unsigned) {
-  uint32_t narrow = static_cast<uint32_t>(bits);
-  float value;
-  std::memcpy(&value, &narrow, sizeof value);
-  return value;
-}
-template <>
-double fromBits<double>(unsigned long long bits, unsigned) {
-  double value;
-  std::memcpy(&value, &bits, sizeof value);
-  return value;
-}
-template <>
-void* fromBits<void*>(unsigned long long bits, unsigned) {
-  return reinterpret_cast<void*>(static_cast<uintptr_t>(bits));
-}
-
-// Stored width: long and pointers take 4 bytes whatever the host's widths.
-template <class T>
-constexpr unsigned storedWidth() {
-  return sizeof(T) > 4 && !std::is_same<T, double>::value ? 4 : sizeof(T);
+T fromStored(StoredAs<T> stored) {
+  if constexpr (std::is_pointer<T>::value)
+    return reinterpret_cast<T>(static_cast<uintptr_t>(stored));
+  else
+    return static_cast<T>(stored);
 }
 
 }  // namespace
@@ -553,13 +508,15 @@ constexpr unsigned storedWidth() {
 #define VX_FILE_PRIMITIVE(T)                                                                \
   VX_RET_STATUS VX_FileBinary::persistVal(T value, unsigned int& size) {                    \
     VX_setUserError(0);                                                                      \
-    return putBytes(storedBits<T>(value), storedWidth<T>(), size);                          \
+    char bytes[sizeof(StoredAs<T>)];                                                         \
+    VX_putLE(bytes, toStored<T>(value));                                                     \
+    return putBytes(bytes, sizeof bytes, size);                                              \
   }                                                                                          \
   VX_RET_STATUS VX_FileBinary::restoreVal(T& value, unsigned int& size) {                   \
     VX_setUserError(0);                                                                      \
-    unsigned long long bits = 0;                                                             \
-    VX_RET_STATUS st = getBytes(bits, storedWidth<T>(), size);                              \
-    if (st <= 2) value = fromBits<T>(bits, storedWidth<T>());                               \
+    char bytes[sizeof(StoredAs<T>)];                                                         \
+    VX_RET_STATUS st = getBytes(bytes, sizeof bytes, size);                                  \
+    if (st <= 2) value = fromStored<T>(VX_getLE<StoredAs<T>>(bytes));                        \
     return st;                                                                               \
   }
 
@@ -589,7 +546,7 @@ VX_RET_STATUS VX_FileBinary::persistVal(const char* text, unsigned int& size, un
     scrambled = static_cast<char*>(VX_malloc(count));
     if (!scrambled) return VX_FAIL(VX_RET_ERR_MEM);
     std::memcpy(scrambled, text, count);
-    invertBytes(scrambled, count - 1);
+    VX_invertBytes(scrambled, count - 1);
   }
   VX_RET_STATUS st = VX_File::write(scrambled ? scrambled : text, static_cast<unsigned>(count), 1);
   VX_free(scrambled);
@@ -634,7 +591,7 @@ VX_RET_STATUS VX_FileBinary::restoreVal(char** text, unsigned int& size, unsigne
   }
   std::memcpy(result, work, length + 1);
   VX_free(work);
-  if (scramble) invertBytes(result, length);
+  if (scramble) VX_invertBytes(result, length);
   *text = result;
   size = static_cast<unsigned>(length + 1);
   return VX_RET_TRUE;

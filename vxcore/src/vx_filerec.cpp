@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "vx_platform.h"
 #include "vx_report.h"
-#include "vx_strfunc.h"
 #include "vx_version.h"
 
 template class VX_Container<VX_FileBinrecTblEntry>;
@@ -41,21 +41,17 @@ enum : unsigned {
   AtReserved2 = 113
 };
 
-void invert(char* bytes, unsigned count) {
-  VX_escanBuffer(reinterpret_cast<unsigned char*>(bytes), static_cast<int>(count));
-}
-
 // A text field as stored: at most size - 1 characters in a zeroed field, then every byte inverted.
 void storeTextField(char* field, unsigned size, const char* text) {
   std::memset(field, 0, size);
   std::strncpy(field, text, size - 1);
-  invert(field, size);
+  VX_invertBytes(field, size);
 }
 
 // The readable text of a stored field, always terminated.
 void loadTextField(char* out, const char* field, unsigned size) {
   std::memcpy(out, field, size);
-  invert(out, size);
+  VX_invertBytes(out, size);
   out[size - 1] = '\0';
 }
 
@@ -155,6 +151,9 @@ VX_FileBinaryRec& VX_FileBinaryRec::operator=(const VX_FileBinaryRec& other) {
     VX_REPORT_STATUS(VX_RET_ERR_POBJ);
     return *this;
   }
+  // Our own file is closed as close() does it, so its table reaches the file; a stream both
+  // already share stays open.
+  if (hasStream() && fileStream() != other.fileStream()) close();
   VX_FileBinary::operator=(other);
   copyFrom(other);
   return *this;
@@ -260,17 +259,17 @@ VX_RET_STATUS VX_FileBinaryRec::create(const char* path, unsigned char buffered,
   if (fileStream()) return VX_FAIL(VX_RET_ERR_CALL);  // the open file stays as it is
   cleanupDataMembers();
   initDataMembers();
-  VX_RET_STATUS st = VX_FileBinary::open(path, VX_FILE_CREATE, buffered, bufferSize);
-  if (st > 2) return abandon(st, false);
   verifyArgs(recSize, recHeaders, dim, freeRecSizes);  // reported; creation goes on regardless
-  if (getMode() != VX_FILE_CREATE) return abandon(VX_FAIL(VX_RET_ERR_CALL), true);
-  if (userHeaderSize && !userHeader) return abandon(VX_FAIL(VX_RET_ERR_ARG), true);
+  // What creation cannot go on with is refused before the open empties an existing file.
+  if (userHeaderSize && !userHeader) return abandon(VX_FAIL(VX_RET_ERR_ARG), false);
   uint64_t firstRecord = VX_FILE_BINREC_HDR_SIZE + uint64_t{VX_FILE_BINREC_TBL_ENTRY_SIZE} * dim + userHeaderSize;
   if (firstRecord > static_cast<uint64_t>(MaxOffset) || recSize > static_cast<unsigned long>(MaxOffset)) {
     VX_REPORT_ERROR(ArgHeading, "Free record table (%u entries), user header (%u bytes) or record size (%u) too large "
                     "for a file\n", dim, userHeaderSize, recSize);
-    return abandon(VX_FAIL(VX_RET_ERR_ARG), true);
+    return abandon(VX_FAIL(VX_RET_ERR_ARG), false);
   }
+  VX_RET_STATUS st = VX_FileBinary::open(path, VX_FILE_CREATE, buffered, bufferSize);
+  if (st > 2) return abandon(st, false);
 
   st = freeRecTbl.reallocate(dim);
   if (st > 2) return abandon(st, true);
@@ -290,7 +289,7 @@ VX_RET_STATUS VX_FileBinaryRec::create(const char* path, unsigned char buffered,
   st = writeHeaderAndTable();
   if (st <= 2 && userHeaderSize) st = writeAt(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * dim, userHeader,
                                               userHeaderSize);
-  if (st <= 2) st = commitWrite();
+  if (st <= 2) st = commitWrite(true);
   if (st > 2) return abandon(st, true);
   return VX_RET_TRUE;
 }
@@ -381,7 +380,7 @@ VX_RET_STATUS VX_FileBinaryRec::close() {
   VX_RET_STATUS st = VX_RET_TRUE;
   if (fileStream() && getMode() != VX_FILE_READ && freeRecTbl.numElems() == hdr.dim && hdr.dim) {
     st = writeTable();
-    if (st <= 2) st = commitWrite();
+    if (st <= 2) st = commitWrite(true);
   }
   cleanupDataMembers();
   VX_RET_STATUS closed = VX_FileBinary::close();
@@ -494,7 +493,8 @@ VX_RET_STATUS VX_FileBinaryRec::readTable() {
   return st > 2 ? st : tableIO(false);
 }
 
-VX_RET_STATUS VX_FileBinaryRec::commitWrite() {
+VX_RET_STATUS VX_FileBinaryRec::commitWrite(bool always) {
+  if (!always && privateBuffer()) return VX_RET_TRUE;  // the caller asked for buffered writes
   std::FILE* fp = fileStream();
   if (std::fflush(fp) == 0) return VX_RET_TRUE;
   __fpurge(fp);
@@ -600,6 +600,10 @@ VX_RET_STATUS VX_FileBinaryRec::read(VX_Memory& mem) {
   verifyOffset(tell());
   long offset = tell();
   long fileLength = length();
+  if (offset >= fileLength) {  // no record here at all: the end of the file, as the plain read meets it
+    char raw[VX_FILE_BINREC_REC_HDR_SIZE];
+    return VX_FileBinary::read(raw, sizeof raw, 1);
+  }
   VX_FileBinrecRecHdr rec;
   st = recordAt(offset, fileLength, rec, "VX_FileBinaryRec read");
   if (st > 2) return st;
@@ -616,47 +620,23 @@ VX_RET_STATUS VX_FileBinaryRec::write(VX_Memory& mem) {
   return write(mem.memPtr(), mem.memSize(), 1);
 }
 
-VX_RET_STATUS VX_FileBinaryRec::read(VX_Persistable& obj) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  return st > 2 ? st : readObject(obj, 0, false);
-}
-
-VX_RET_STATUS VX_FileBinaryRec::read(VX_Persistable& obj, unsigned int size) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  return st > 2 ? st : readObject(obj, size, true);
-}
-
-VX_RET_STATUS VX_FileBinaryRec::write(VX_Persistable& obj) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  return st > 2 ? st : writeObject(obj);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Sub-records
 
-VX_RET_STATUS VX_FileBinaryRec::subRecord(bool writing, void* data, long recOffset, unsigned int subOffset,
-                                          unsigned int size) {
+VX_RET_STATUS VX_FileBinaryRec::subRange(bool writing, long recOffset, unsigned int subOffset, unsigned int size,
+                                          long& at) {
   const char* what = writing ? "VX_FileBinaryRec writeSubRec" : "VX_FileBinaryRec readSubRec";
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
   verifyOffset(recOffset);
-  if (!data && size) return VX_FAIL(VX_RET_ERR_ARG);
+  if (recOffset > MaxOffset) return VX_FAIL(VX_RET_ERR_ARG);
   unsigned recordBytes = fixedRecSize();
-  long dataStart = recOffset + (hdr.recHeaders ? recHdrSize : 0);
   if (variable) {
     if (!hdr.recHeaders) {
       recordBytes = 0xffffffffu;  // nothing on disk says where such a record ends
     } else {
-      long fileLength = length();
-      if (recOffset < firstRecOffset() || recOffset + long{VX_FILE_BINREC_REC_HDR_SIZE} > fileLength) {
-        VX_REPORT_ERROR(what, "No record at offset %ld\n", recOffset);
-        return VX_FAIL(VX_RET_ERR_ARG);
-      }
       VX_FileBinrecRecHdr rec;
-      st = recordAt(recOffset, fileLength, rec, what);
+      st = recordAt(recOffset, length(), rec, what);
       if (st > 2) return st;
       recordBytes = rec.size;
     }
@@ -666,34 +646,43 @@ VX_RET_STATUS VX_FileBinaryRec::subRecord(bool writing, void* data, long recOffs
                     recordBytes);
     return VX_FAIL(VX_RET_ERR_ARG);
   }
-  if (writing) {
-    st = writeAt(dataStart + subOffset, data, size);
-    return st > 2 ? st : commitWrite();
-  }
-  return readAt(dataStart + subOffset, data, size);
+  at = recOffset + (hdr.recHeaders ? recHdrSize : 0) + subOffset;
+  return VX_RET_TRUE;
 }
 
 VX_RET_STATUS VX_FileBinaryRec::readSubRec(void* data, long recOffset, unsigned int subOffset, unsigned int size) {
   VX_setUserError(0);
-  return subRecord(false, data, recOffset, subOffset, size);
+  long at = 0;
+  VX_RET_STATUS st = subRange(false, recOffset, subOffset, size, at);
+  if (st > 2) return st;
+  if (!data && size) return VX_FAIL(VX_RET_ERR_ARG);
+  return readAt(at, data, size);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::writeSubRec(void const* data, long recOffset, unsigned int subOffset,
                                             unsigned int size) {
   VX_setUserError(0);
-  return subRecord(true, const_cast<void*>(data), recOffset, subOffset, size);
+  long at = 0;
+  VX_RET_STATUS st = subRange(true, recOffset, subOffset, size, at);
+  if (st > 2) return st;
+  if (!data && size) return VX_FAIL(VX_RET_ERR_ARG);
+  st = writeAt(at, data, size);
+  return st > 2 ? st : commitWrite();
 }
 
+// The range is checked before the block is sized, so a bad request allocates nothing.
 VX_RET_STATUS VX_FileBinaryRec::readSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset,
                                            unsigned int size) {
   VX_setUserError(0);
-  VX_RET_STATUS st = mem.memGet(size);
-  return st > 2 ? st : subRecord(false, mem.memPtr(), recOffset, subOffset, size);
+  long at = 0;
+  VX_RET_STATUS st = subRange(false, recOffset, subOffset, size, at);
+  if (st <= 2) st = mem.memGet(size);
+  return st > 2 ? st : readAt(at, mem.memPtr(), size);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::writeSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset) {
   VX_setUserError(0);
-  return subRecord(true, mem.memPtr(), recOffset, subOffset, mem.memSize());
+  return writeSubRec(mem.memPtr(), recOffset, subOffset, mem.memSize());
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -739,7 +728,7 @@ VX_RET_STATUS VX_FileBinaryRec::searchFreeRec(unsigned int size, unsigned char e
     if (!rec.deleted) return damaged(what, "free list holds a live record", head);
     list.firstFree = rec.nextFree;
     st = writeHeaderAndTable();
-    if (st <= 2) st = commitWrite();
+    if (st <= 2) st = commitWrite(true);
     if (st > 2) {
       list.firstFree = static_cast<int>(head);
       return st;
@@ -781,12 +770,13 @@ VX_RET_STATUS VX_FileBinaryRec::searchFreeRec(unsigned int size, unsigned char e
     long head = list.firstFree;
     list.firstFree = static_cast<int>(successor);
     st = writeHeaderAndTable();
+    if (st <= 2) st = commitWrite(true);
     if (st > 2) list.firstFree = static_cast<int>(head);
   } else {
     prevRec.nextFree = static_cast<int>(successor);
     st = writeRecHdr(prev, prevRec);
+    if (st <= 2) st = commitWrite();
   }
-  if (st <= 2) st = commitWrite();
   if (st > 2) return st;
   offset = cur;
   return VX_RET_TRUE;
@@ -800,7 +790,8 @@ long VX_FileBinaryRec::getFreeRec(unsigned int size, unsigned char exact, unsign
 
 VX_RET_STATUS VX_FileBinaryRec::findFreeRec(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size,
                                             unsigned char allocate, long& offset) {
-  VX_RET_STATUS st = searchFreeRec(size, algo != VX_BINREC_SEARCH_FIRST_FIT, allocate, offset);
+  unsigned char exact = algo == VX_BINREC_SEARCH_EXACT || algo == VX_BINREC_SEARCH_EXACT_THEN_FIT;
+  VX_RET_STATUS st = searchFreeRec(size, exact, allocate, offset);
   if (st <= 2 && offset == -1 && algo == VX_BINREC_SEARCH_EXACT_THEN_FIT) st = searchFreeRec(size, 0, allocate, offset);
   return st;
 }
@@ -815,7 +806,8 @@ long VX_FileBinaryRec::getAvailableRecOffset(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO 
 long VX_FileBinaryRec::autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size) {
   VX_setUserError(0);
   if (usable(__LINE__) > 2) return -1;
-  if (!data) {
+  // An empty record of a variable file would write nothing where a free record had been taken.
+  if (!data || (variable && size == 0)) {
     VX_REPORT_STATUS(VX_RET_ERR_ARG);
     return -1;
   }
@@ -975,7 +967,7 @@ VX_RET_STATUS VX_FileBinaryRec::writeUserHeader(void const* header, unsigned int
   if (!header) return VX_FAIL(VX_RET_ERR_ARG);
   long saved = tell();
   st = writeAt(firstRecOffset() - size, header, size);
-  if (st <= 2) st = commitWrite();
+  if (st <= 2) st = commitWrite(true);
   if (st <= 2) st = seek(saved, 0);
   return st;
 }
@@ -1040,7 +1032,8 @@ VX_RET_STATUS VX_FileBinaryRec::debugDump() {
   }
   out << "\n";
 
-  // Every step moves forward by at least one record header, so the walk ends with the file.
+  // Every step moves forward by a record header or a whole fixed record (a fixed file's records
+  // are never empty), so the walk ends with the file.
   long pos = firstRecOffset();
   bool walkable = hdr.recHeaders || !variable;
   for (unsigned long n = 1; walkable && pos < fileLength; ++n) {

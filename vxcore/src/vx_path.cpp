@@ -3,6 +3,7 @@
 
 #include "vx_path.h"
 
+#include <fcntl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -66,33 +67,17 @@ VX_RET_STATUS concat(VX_String& out, std::initializer_list<const char*> texts) {
   return adopt(out, block, length);
 }
 
-// A path in the form the system takes, held for the life of the object.
-class SysPath {
- public:
-  SysPath() : text(nullptr) {}
-  ~SysPath() { VX_free(text); }
-  SysPath(const SysPath&) = delete;
-  SysPath& operator=(const SysPath&) = delete;
-  VX_RET_STATUS convert(const char* path) {
-    VX_free(text);
-    text = VX_sysPath(path);
-    return text ? VX_RET_TRUE : VX_FAIL(VX_RET_ERR_MEM);
-  }
-  operator const char*() const { return text; }
-
- private:
-  char* text;
-};
-
 // File status through the platform's path form: VX_RET_TRUE with `st` filled when the path
 // exists, VX_RET_FALSE when it does not, VX_RET_ERR_MEM (reported) when the path could not be
-// converted. Predicates read a failure as "no"; searches pass it up.
-VX_RET_STATUS statPath(const char* path, struct stat& st) {
+// converted. Predicates read a failure as "no"; searches pass it up. With `follow` false a
+// symbolic link is itself the file asked about, dangling or not.
+VX_RET_STATUS statPath(const char* path, struct stat& st, bool follow = true) {
   if (isEmpty(path)) return VX_RET_FALSE;
-  SysPath sys;
+  VX_SysPath sys;
   VX_RET_STATUS status = sys.convert(path);
   if (status > 2) return status;
-  return ::stat(static_cast<const char*>(sys), &st) == 0 ? VX_RET_TRUE : VX_RET_FALSE;
+  int found = follow ? ::stat(static_cast<const char*>(sys), &st) : ::lstat(static_cast<const char*>(sys), &st);
+  return found == 0 ? VX_RET_TRUE : VX_RET_FALSE;
 }
 
 VX_RET_STATUS pathExists(const char* path) {
@@ -320,19 +305,21 @@ unsigned char VX_filePathIsDirectory(const char* path) {
   return statPath(stripped, st) == VX_RET_TRUE && S_ISDIR(st.st_mode);
 }
 
+// Nothing that was there before is touched: an existing name (a dangling link included) is
+// only examined, and the probe removes only the file it created itself.
 unsigned char VX_fileIsValidWriteTarget(const char* path) {
   VX_setUserError(0);
   if (isEmpty(path)) return 0;
   struct stat st;
-  VX_RET_STATUS found = statPath(path, st);
-  if (found == VX_RET_TRUE) return (st.st_mode & S_IWUSR) != 0;
+  VX_RET_STATUS found = statPath(path, st, false);
   if (found > 2) return 0;
-  SysPath sys;
+  if (found == VX_RET_TRUE) return statPath(path, st) == VX_RET_TRUE && (st.st_mode & S_IWUSR) != 0;
+  VX_SysPath sys;
   if (sys.convert(path) > 2) return 0;
-  std::FILE* probe = std::fopen(static_cast<const char*>(sys), "w");
-  if (!probe) return 0;
-  std::fclose(probe);
-  std::remove(static_cast<const char*>(sys));
+  int probe = ::open(static_cast<const char*>(sys), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+  if (probe < 0) return 0;
+  ::close(probe);
+  ::unlink(static_cast<const char*>(sys));
   return 1;
 }
 
@@ -370,7 +357,7 @@ VX_RET_STATUS VX_filePathStripTrailingSlashes(VX_String& out, const char* path) 
 VX_RET_STATUS VX_fileRename(const char* oldPath, const char* newPath) {
   VX_setUserError(0);
   if (isEmpty(oldPath) || isEmpty(newPath)) return VX_FAIL(VX_RET_ERR_ARG);
-  SysPath sysOld, sysNew;
+  VX_SysPath sysOld, sysNew;
   VX_RET_STATUS st = sysOld.convert(oldPath);
   if (st <= 2) st = sysNew.convert(newPath);
   if (st > 2) return st;
@@ -381,7 +368,7 @@ VX_RET_STATUS VX_fileRename(const char* oldPath, const char* newPath) {
 VX_RET_STATUS VX_fileDelete(const char* path) {
   VX_setUserError(0);
   if (isEmpty(path)) return VX_FAIL(VX_RET_ERR_ARG);
-  SysPath sys;
+  VX_SysPath sys;
   VX_RET_STATUS st = sys.convert(path);
   if (st > 2) return st;
   return std::remove(sys) == 0 ? VX_RET_TRUE : VX_RET_FALSE;
@@ -391,7 +378,7 @@ VX_RET_STATUS VX_fileMove(const char* from, const char* to) {
   VX_setUserError(0);
   if (isEmpty(from) || isEmpty(to)) return VX_FAIL(VX_RET_ERR_ARG);
   VX_String aside;
-  SysPath sysFrom, sysTo, sysAside;
+  VX_SysPath sysFrom, sysTo, sysAside;
   VX_RET_STATUS st = VX_fileCreateTempFileName("move_temp", aside);
   // Everything that can run out of memory happens before the first rename, so a move either
   // does not start or runs all three steps.
@@ -399,10 +386,14 @@ VX_RET_STATUS VX_fileMove(const char* from, const char* to) {
   if (st <= 2) st = sysTo.convert(to);
   if (st <= 2) st = sysAside.convert(aside);
   if (st > 2) return st;
+  // The answer rests on whether `to` was there, not on the aside step: when `to` cannot be
+  // moved aside (the aside name on another file system) the rename still replaces it.
+  struct stat toStat;
+  bool existed = ::lstat(sysTo, &toStat) == 0;
   std::rename(sysTo, sysAside);  // there may be no old `to`: nothing is moved aside then
   VX_RET_STATUS renamed = std::rename(sysFrom, sysTo) == 0 ? VX_RET_TRUE : VX_FAIL(VX_RET_ERR_GEN);
-  VX_RET_STATUS deleted = std::remove(sysAside) == 0 ? VX_RET_TRUE : VX_RET_FALSE;
-  return renamed > 2 ? renamed : deleted;
+  std::remove(sysAside);
+  return renamed > 2 ? renamed : existed ? VX_RET_TRUE : VX_RET_FALSE;
 }
 
 VX_RET_STATUS VX_fileCreateTempFileName(const char* templ, VX_String& out) {
