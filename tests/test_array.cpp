@@ -35,6 +35,7 @@ TEST(Array, MoversShiftClipAndClear) {
       {6, [](A& a) { return a.memMove(4, 0, 2, 1); }, VX_RET_TRUE, {0, 0, 3, 4, 1, 2}},
       {6, [](A& a) { return a.memMove(3, 0, 10, 0); }, VX_RET_TRUE, {1, 2, 3, 1, 2, 3}},
       {6, [](A& a) { return a.memMove(6, 0, 1, 1); }, VX_RET_FALSE, {1, 2, 3, 4, 5, 6}},
+      {6, [](A& a) { return a.memMove(0, 5, 0xFFFFFFFEu, 0); }, VX_RET_TRUE, {6, 2, 3, 4, 5, 6}},
   };
   for (unsigned char raw : {0, 1})
     for (const Row& r : rows) {
@@ -80,6 +81,9 @@ TEST(Array, SubCopyClipsAgainstTheDestination) {
   EXPECT_EQ(two.subCopy(src, 6, 0, 1), VX_RET_FALSE);  // past the source
   EXPECT_EQ(two.subCopy(src, 0, 2, 1), VX_RET_FALSE);  // past the destination
   EXPECT_EQ(two.subCopy(src, 0, 0, 0), VX_RET_FALSE);
+  A raw(3, 1);
+  EXPECT_EQ(raw.subCopy(src, 0, 1, 0xFFFFFFFFu), VX_RET_TRUE);  // index + count past 32 bits
+  EXPECT_EQ(items(raw), U({0, 1, 2}));
 }
 
 TEST(Array, EqualityMeansEqualAtSomePosition) {

@@ -174,10 +174,10 @@ VX_RET_STATUS VX_Array<T>::memMove(unsigned int dst, unsigned int src, unsigned 
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 613);
   unsigned int n = this->nElems;
   if (!count || src >= n || dst >= n) return VX_RET_FALSE;
-  // Run ends clipped to the array (in 64 bits: src + count may not fit in 32).
-  unsigned long long last = n - 1ULL;
-  unsigned int srcEnd = static_cast<unsigned int>(src + count - 1ULL < last ? src + count - 1ULL : last);
-  unsigned int dstEnd = static_cast<unsigned int>(dst + count - 1ULL < last ? dst + count - 1ULL : last);
+  // Run ends clipped to the array, summed in 64 bits: src + count may not fit in 32.
+  unsigned long long last = n - 1ULL, run = count - 1ULL;
+  unsigned int srcEnd = static_cast<unsigned int>(src + run < last ? src + run : last);
+  unsigned int dstEnd = static_cast<unsigned int>(dst + run < last ? dst + run : last);
   unsigned int m = dstEnd - dst + 1 < srcEnd - src + 1 ? dstEnd - dst + 1 : srcEnd - src + 1;
   bool rightOverlap = src <= dst && dst <= srcEnd;
   if (rawMemory) {
@@ -208,12 +208,14 @@ VX_RET_STATUS VX_Array<T>::subCopy(const VX_Array<T>& src, unsigned int srcIndex
   // Both runs are clipped against this array's size, the source run included; a source run
   // starting past this array's end is not clipped by it. The source's own end bounds the
   // copy in every case.
-  long long last = static_cast<long long>(n) - 1;
-  long long srcClip = (srcIndex + count - 1LL < last ? srcIndex + count - 1LL : last) - srcIndex + 1;
-  long long dstClip = (dstIndex + count - 1LL < last ? dstIndex + count - 1LL : last) - dstIndex + 1;
+  // Summed in 64 bits: index + count may not fit in 32.
+  long long last = static_cast<long long>(n) - 1, run = count - 1LL;
+  long long srcClip = (srcIndex + run < last ? srcIndex + run : last) - srcIndex + 1;
+  long long dstClip = (dstIndex + run < last ? dstIndex + run : last) - dstIndex + 1;
   long long len = srcClip > 0 ? srcClip : count;
   if (dstClip < len) len = dstClip;
   if (static_cast<long long>(src.nElems) - srcIndex < len) len = src.nElems - srcIndex;
+  if (len <= 0) return VX_RET_TRUE;  // nothing to copy
   T* to = data + dstIndex;
   const T* from = src.data + srcIndex;
   if (rawMemory) {
