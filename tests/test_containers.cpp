@@ -100,8 +100,14 @@ TYPED_TEST(Contract, CursorPositionsWalksAndInsertion) {
   EXPECT_EQ(c.preappendElem(c[3]), VX_RET_TRUE);
   EXPECT_EQ(c.appendElem(c[1]), VX_RET_TRUE);
   EXPECT_EQ(c.insElem(VX_INS_BEFORE, 1, c[10]), VX_RET_TRUE);
-  EXPECT_EQ(items(c), U({0, 6, 6, 7, 9, 0, 8, 20, 30, 20, 50, 6}));
+  EXPECT_EQ(c.insElem(VX_INS_BEFORE, 99, 4), VX_RET_TRUE);  // past the end: appended
+  EXPECT_EQ(items(c), U({0, 6, 6, 7, 9, 0, 8, 20, 30, 20, 50, 6, 4}));
   TypeParam empty;
+  const bool list = std::is_same<TypeParam, VX_LList<unsigned>>::value;
+  EXPECT_EQ(empty.insElem(VX_INS_BEFORE, 0, 3), list ? VX_RET_FALSE : VX_RET_TRUE);
+  EXPECT_EQ(items(empty), list ? U() : U({3}));
+  EXPECT_EQ(VX_nullRef<unsigned>(), 0u);  // nothing went to the sink
+  empty.delAll();
   EXPECT_EQ(empty.setCurFirst(), VX_RET_FALSE);
   EXPECT_EQ(empty.curAtLast(), 0);
 }

@@ -78,7 +78,8 @@ class VX_API VX_OrdContainer : public VX_Container<T> {
  public:
   // Makes room with insElems and stores `elem` at `index`, also under VX_INS_AFTER (where
   // the new slot is index+1): the element at `index` is overwritten and the new slot keeps
-  // its default value, unless `index` is at or past the end. Callers rely on this.
+  // its default value, unless `index` is at or past the end, where `elem` is appended.
+  // Callers rely on this. VX_RET_FALSE (nothing inserted) when insElems gives it.
   virtual VX_RET_STATUS insElem(VX_INS_METHOD method, unsigned int index, const T& elem);
   // Appends the elements of `src` (those not yet held, when duplicates are not allowed; the
   // test is repeated while writing, so a value repeated in `src` is written once and its

@@ -15,9 +15,18 @@ VX_RET_STATUS VX_OrdContainer<T>::insElem(VX_INS_METHOD method, unsigned int ind
   // `elem` may be an element of this very container, which the insertion can move.
   T value{};
   value = elem;
+  // At or past the end the element is appended: the new slot is asked for after the last
+  // element, where every container puts it, and is the one written. The sink behind an
+  // out-of-range index is never written.
+  unsigned int n = this->numElems();
+  unsigned int at = index < n ? index : n;
+  if (index >= n && n) {
+    method = VX_INS_AFTER;
+    index = n - 1;
+  }
   VX_RET_STATUS st = insElems(method, index, 1);
-  if (st > 2) return st;
-  (*this)[index] = value;
+  if (st != VX_RET_TRUE) return st;  // an error, or VX_RET_FALSE: nothing was inserted
+  (*this)[at] = value;
   return VX_RET_TRUE;
 }
 
