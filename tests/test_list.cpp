@@ -72,4 +72,10 @@ TEST(List, BadAccessCopiesAndFailures) {
   EXPECT_EQ(dst == src, 1);  // equal in order
   dst[1] = 9;
   EXPECT_EQ(dst == src, 0);
+  L grown;  // an empty list takes the elements one by one, all or none
+  forEachAllocFailure([&](long) {
+    VX_RET_STATUS st = grown.addElems(src, 1);
+    EXPECT_EQ(st, allocFaultPending() ? VX_RET_TRUE : VX_RET_ERR_MEM);
+    EXPECT_EQ(items(grown), allocFaultPending() ? U({7, 8}) : U());
+  });
 }

@@ -83,7 +83,9 @@ class VX_API VX_OrdContainer : public VX_Container<T> {
   virtual VX_RET_STATUS insElem(VX_INS_METHOD method, unsigned int index, const T& elem);
   // Appends the elements of `src` (those not yet held, when duplicates are not allowed; the
   // test is repeated while writing, so a value repeated in `src` is written once and its
-  // second slot keeps the default value). `src` being this container: VX_RET_FALSE.
+  // second slot keeps the default value; where no room can be made in advance, as in an
+  // empty list, the elements are appended one by one and a repeat is simply skipped). A
+  // failure adds nothing. `src` being this container: VX_RET_FALSE.
   virtual VX_RET_STATUS addElems(VX_OrdContainer<T>& src, unsigned char allowDuplicates);
   // delElem for every element of `src`, in index order; absent ones are skipped.
   virtual VX_RET_STATUS removeElems(VX_OrdContainer<T>& src);

@@ -39,8 +39,23 @@ VX_RET_STATUS VX_OrdContainer<T>::addElems(VX_OrdContainer<T>& src, unsigned cha
   for (unsigned int i = 0; i < srcCount; ++i)
     if (allowDuplicates || !this->hasElem(src[i])) ++count;
   unsigned int slot = this->numElems();
-  VX_RET_STATUS st = insElems(VX_INS_AFTER, slot, count);
+  if (!count) return VX_RET_TRUE;
+  // The room is asked for behind the last element: index numElems() itself lies past the end,
+  // which a list refuses. An empty list makes no room at all; its elements are appended one
+  // by one, and taken out again when one cannot be had.
+  VX_RET_STATUS st = insElems(VX_INS_AFTER, slot ? slot - 1 : 0, count);
   if (st > 2) return st;
+  if (st == VX_RET_FALSE) {
+    for (unsigned int i = 0; i < srcCount; ++i) {
+      if (!allowDuplicates && this->hasElem(src[i])) continue;
+      st = this->appendElem(src[i]);
+      if (st > 2) {
+        if (this->numElems() > slot) delElems(slot, this->numElems() - slot);
+        return st;
+      }
+    }
+    return VX_RET_TRUE;
+  }
   unsigned int end = slot + count;
   if (end > this->numElems()) end = this->numElems();  // a container that grew less
   for (unsigned int i = 0; i < srcCount && slot < end; ++i) {
