@@ -150,13 +150,20 @@ TEST(Hash, AllocationFailuresLeaveTheTableConsistent) {
   EXPECT_EQ(statuses({broken.addEntry(VX_Var(1), VX_Var(1)), broken.hasEntry(VX_Var(1)), broken.iterate(record)}),
             std::vector<int>(3, VX_RET_ERR_OBJ));
   VX_Var key("key text"), data("data text");  // made before the switch is armed
-  int failures = forEachAllocFailure([&](long) {
-    VX_RET_STATUS st = t.addEntry(key, data);
-    EXPECT_TRUE(st == VX_RET_TRUE || st == VX_RET_ERR_MEM) << st;
-    EXPECT_TRUE(t.numEntries() == (st == VX_RET_TRUE) && t.hasEntry(key) == (st == VX_RET_TRUE)) << st;
-    t.deleteEntry(key);
-  });
-  EXPECT_GT(failures, 4);
+  VX_String text("text");
+  VX_HashTable<VX_String, VX_String> s(8, VX_defHashFuncStringKey, nullptr);
+  auto addFails = [&](auto& table, const auto& k, const auto& d) {
+    return forEachAllocFailure([&](long) {
+      int before = rep.count(VX_RET_ERR_MEM);
+      VX_RET_STATUS st = table.addEntry(k, d);
+      EXPECT_TRUE(st == VX_RET_TRUE || st == VX_RET_ERR_MEM) << st;
+      EXPECT_EQ(rep.count(VX_RET_ERR_MEM) - before, st == VX_RET_ERR_MEM) << "one report per failure";
+      EXPECT_TRUE(table.numEntries() == (st == VX_RET_TRUE) && table.hasEntry(k) == (st == VX_RET_TRUE)) << st;
+      table.deleteEntry(k);
+    });
+  };
+  EXPECT_GT(addFails(t, key, data), 4);
+  EXPECT_GE(addFails(s, text, text), 3);
   VX_HashEntry<VX_Var, VX_Var> a, b;
   a.enabled = 0;
   EXPECT_TRUE((a == b) == 0 && reportedAt(rep, 124));

@@ -78,4 +78,12 @@ TEST(List, BadAccessCopiesAndFailures) {
     EXPECT_EQ(st, allocFaultPending() ? VX_RET_TRUE : VX_RET_ERR_MEM);
     EXPECT_EQ(items(grown), allocFaultPending() ? U({7, 8}) : U());
   });
+  VX_LList<VX_String> words;  // an element whose copy fails is not linked
+  VX_String word("word");
+  forEachAllocFailure([&](long) {
+    VX_RET_STATUS st = words.appendElem(word);
+    EXPECT_EQ(st, allocFaultPending() ? VX_RET_TRUE : VX_RET_ERR_MEM);
+    EXPECT_EQ(texts(words), allocFaultPending() ? S({"word"}) : S());
+    words.delAll();
+  });
 }

@@ -33,6 +33,22 @@ inline void VX_deleteObject(T* obj) {
   VX_free(obj);
 }
 
+// Whether `copy` really holds what was copied from `src` (pass 0 as the third argument).
+// Library objects that fail to copy end up disabled; a string assigned while memory runs
+// out silently becomes the null string. Types without objIsEnabled always copy.
+template <class T>
+inline auto VX_copyTook(const T& copy, const T&, int) -> decltype(copy.objIsEnabled(), bool()) {
+  return copy.objIsEnabled();
+}
+template <class T>
+inline bool VX_copyTook(const T&, const T&, long) {
+  return true;
+}
+inline bool VX_copyTook(const VX_String& copy, const VX_String& src, int) {
+  return copy.objIsEnabled() &&
+         (static_cast<const char*>(src) == nullptr || static_cast<const char*>(copy) != nullptr);
+}
+
 // VX_IteratorElem: the cursor. `elem` null means "no current element". `node` is the list
 // node holding the element for the linked list and the block holding it for the chunked
 // array; the array leaves it null.

@@ -7,25 +7,11 @@
 
 #define VX_HASH_IMPL_FILE "vxcore/include/vx_hash_impl"
 
-// Whether `copy` really holds what was copied from `src`. Library objects that fail to copy
-// end up disabled; a string that runs out of memory silently becomes the null string.
-template <class T>
-inline auto VX_hashCopied(const T& copy, const T&, int) -> decltype(copy.objIsEnabled(), bool()) {
-  return copy.objIsEnabled();
-}
-template <class T>
-inline bool VX_hashCopied(const T&, const T&, long) {
-  return true;
-}
-inline bool VX_hashCopied(const VX_String& copy, const VX_String& src, int) {
-  return copy.objIsEnabled() && (static_cast<const char*>(src) == nullptr || static_cast<const char*>(copy) != nullptr);
-}
-
 // Assigns and tells whether the assignment took: a refused one hands back the sink.
 template <class T>
 inline bool VX_hashAssign(T& dst, const T& src) {
   T& result = (dst = src);
-  return &result == &dst && VX_hashCopied(dst, src, 0);
+  return &result == &dst && VX_copyTook(dst, src, 0);
 }
 
 // ---- VX_HashEntry ------------------------------------------------------------------------
@@ -40,14 +26,14 @@ template <class K, class D>
 VX_HashEntry<K, D>::VX_HashEntry(const K& k, const D& d) : key(k), data(d) {
   VX_setUserError(0);
   initDataMembers();
-  enabled = VX_hashCopied(key, k, 0) && VX_hashCopied(data, d, 0);
+  enabled = VX_copyTook(key, k, 0) && VX_copyTook(data, d, 0);
 }
 
 template <class K, class D>
 VX_HashEntry<K, D>::VX_HashEntry(const VX_HashEntry& other) : VX_VorlaxeClass(), key(other.key), data(other.data) {
   VX_setUserError(0);
   initDataMembers();
-  enabled = other.enabled && VX_hashCopied(key, other.key, 0) && VX_hashCopied(data, other.data, 0);
+  enabled = other.enabled && VX_copyTook(key, other.key, 0) && VX_copyTook(data, other.data, 0);
 }
 
 template <class K, class D>
@@ -175,15 +161,11 @@ VX_RET_STATUS VX_HashTable<K, D>::addEntry(const K& key, const D& data) {
   if (!list) return VX_RET_ERR_GEN;
   if (list->isLocked()) return VX_reportFail(VX_RET_ERR_ILOCK, VX_HASH_IMPL_FILE, 472);
   Entry entry(key, data);
-  if (!entry.enabled) return VX_RET_ERR_MEM;  // the failed copy has reported
+  if (!entry.enabled) return VX_RET_ERR_MEM;  // the failed copy of the key or data has reported
+  // The list copies the entry once more; a copy that fails there has reported, is never
+  // linked, and the list answers VX_RET_ERR_MEM.
   VX_RET_STATUS st = list->preappendElem(entry);
   if (st > 2) return st;
-  // The list holds its own copy, which may have run out of memory in turn.
-  if (!(*list)[0].enabled) {
-    list->setCurFirst();
-    list->delCurElem(0);
-    return VX_RET_ERR_MEM;
-  }
   ++nEntries;
   return VX_RET_TRUE;
 }

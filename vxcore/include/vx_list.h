@@ -9,8 +9,10 @@ template <class T>
 class VX_VCArray;
 
 // VX_LNode<T>: one element of a list, held by value, and its two links. Nodes are heap
-// objects owned by their list and deleted through the virtual destructor. Assignment copies
-// the element only; links belong to the list.
+// objects owned by their list and deleted through the virtual destructor. The element is
+// copy-constructed; a copy that did not take (an element type that ends up disabled) leaves
+// the node disabled, and the list never links such a node. Assignment copies the element
+// only; links belong to the list.
 template <class T>
 class VX_API VX_LNode : public VX_VorlaxeClass {
  public:
@@ -98,6 +100,10 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   // index is not adjusted: the chunked array keeps its block list's cursor itself.
   void spliceAfter(Node* at, VX_LList& from);
   static void freeChain(Node* first);
+  // A new unlinked node holding a copy of `elem`; null when the node (reported at `line`)
+  // or the copy (reported by the element) cannot be had, which callers answer with
+  // VX_RET_ERR_MEM.
+  static Node* newNode(const T& elem, unsigned line);
 
   unsigned char enabled;
   Node* head;

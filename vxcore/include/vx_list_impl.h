@@ -10,10 +10,10 @@
 // ---- VX_LNode --------------------------------------------------------------------------
 
 template <class T>
-VX_LNode<T>::VX_LNode(const T& value) : data() {
+VX_LNode<T>::VX_LNode(const T& value) : data(value) {
   VX_setUserError(0);
   initDataMembers();
-  data = value;
+  enabled = VX_copyTook(data, value, 0);
 }
 
 template <class T>
@@ -81,6 +81,18 @@ void VX_LList<T>::freeChain(Node* first) {
     VX_deleteObject(first);
     first = next;
   }
+}
+
+template <class T>
+typename VX_LList<T>::Node* VX_LList<T>::newNode(const T& elem, unsigned line) {
+  Node* node = VX_newObject<Node>(elem);
+  if (!node) {
+    VX_reportStatus(VX_RET_ERR_MEM, VX_LIST_IMPL_FILE, line);
+  } else if (!node->enabled) {
+    VX_deleteObject(node);  // the element's failed copy has reported
+    node = nullptr;
+  }
+  return node;
 }
 
 template <class T>
@@ -217,8 +229,8 @@ template <class T>
 VX_RET_STATUS VX_LList<T>::appendElem(const T& elem) {
   VX_setUserError(0);
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_LIST_IMPL_FILE, 508);
-  Node* node = VX_newObject<Node>(elem);
-  if (!node) return VX_reportFail(VX_RET_ERR_MEM, VX_LIST_IMPL_FILE, 511);
+  Node* node = newNode(elem, 511);
+  if (!node) return VX_RET_ERR_MEM;
   link(node, nullptr, false);
   return VX_RET_TRUE;
 }
@@ -227,8 +239,8 @@ template <class T>
 VX_RET_STATUS VX_LList<T>::preappendElem(const T& elem) {
   VX_setUserError(0);
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_LIST_IMPL_FILE, 539);
-  Node* node = VX_newObject<Node>(elem);
-  if (!node) return VX_reportFail(VX_RET_ERR_MEM, VX_LIST_IMPL_FILE, 542);
+  Node* node = newNode(elem, 542);
+  if (!node) return VX_RET_ERR_MEM;
   link(node, nullptr, true);
   if (this->cur.node) ++this->cur.index;  // same element, one place further
   return VX_RET_TRUE;
@@ -240,8 +252,8 @@ VX_RET_STATUS VX_LList<T>::insElemAtCur(VX_INS_METHOD method, const T& elem) {
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_LIST_IMPL_FILE, 575);
   if (!this->nElems) return appendElem(elem);
   if (!curNode()) return VX_reportFail(VX_RET_ERR_CALL, VX_LIST_IMPL_FILE, 579);
-  Node* node = VX_newObject<Node>(elem);
-  if (!node) return VX_reportFail(VX_RET_ERR_MEM, VX_LIST_IMPL_FILE, 583);
+  Node* node = newNode(elem, 583);
+  if (!node) return VX_RET_ERR_MEM;
   linkAtCur(method, node);
   return VX_RET_TRUE;
 }
@@ -256,10 +268,10 @@ VX_RET_STATUS VX_LList<T>::insElems(VX_INS_METHOD method, unsigned int index, un
   VX_LList fresh;
   const T blank{};
   for (unsigned int i = 0; i < count; ++i) {
-    Node* node = VX_newObject<Node>(blank);
+    Node* node = newNode(blank, 583);
     if (!node) {
       this->cur = before;
-      return VX_reportFail(VX_RET_ERR_MEM, VX_LIST_IMPL_FILE, 583);
+      return VX_RET_ERR_MEM;
     }
     fresh.link(node, nullptr, false);
   }
