@@ -20,6 +20,7 @@ VX_RET_STATUS intoSameBucket, intoOtherBucket;
 
 VX_RET_STATUS record(VX_Var& key, VX_Var&) { return visited.push_back(key.str() ? key.str() : "?"), VX_RET_TRUE; }
 VX_RET_STATUS countRelease(VX_Var&, VX_Var&) { return ++released, VX_RET_TRUE; }
+VX_RET_STATUS refuseRelease(VX_Var&, VX_Var&) { return ++released, VX_RET_ERR_USER; }
 unsigned int outOfRange(const VX_Var&, unsigned int size) { return size; }
 unsigned int byFirstChar(const VX_Var& key, unsigned int size) { return key.str()[0] % size; }
 
@@ -78,6 +79,12 @@ TEST(Hash, WithoutAHashFunctionEverythingSharesBucketZeroNewestFirst) {
     EXPECT_EQ(visited, (std::vector<std::string>{"c", "b", "a", "c", "a"}));
   }
   EXPECT_EQ(released, 3);
+  released = 0;
+  {
+    VarTable t(4, VX_defHashFuncVarKey, refuseRelease);
+    for (int k = 0; k < 6; ++k) t.addEntry(VX_Var(k), VX_Var(k));
+  }
+  EXPECT_EQ(released, 6);  // a failing release does not end the final walk
 }
 
 TEST(Hash, OutOfRangeBucketsFailWithoutTouchingTheTable) {

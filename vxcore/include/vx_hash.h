@@ -74,6 +74,9 @@ class VX_API VX_HashTable : public VX_VorlaxeClass {
   // The bucket of `key`, or null after reporting VX_RET_ERR_GEN at `line`.
   Bucket* bucketOf(const K& key, unsigned line);
   Entry* getEntryPtr(const K& key);
+  // Calls `callback` for every entry, bucket by bucket. With stopOnFailure a result of 3 or
+  // more ends the walk and is returned; without it every entry is seen (the final release).
+  VX_RET_STATUS walk(EntryFunc callback, bool stopOnFailure);
 
   unsigned char enabled;
   unsigned int size;

@@ -109,7 +109,7 @@ VX_RET_STATUS VX_HashTable<K, D>::initDataMembers(unsigned int n) {
 template <class K, class D>
 VX_RET_STATUS VX_HashTable<K, D>::cleanupDataMembers() {
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 225);
-  if (releaseFunc) iterate(releaseFunc);
+  if (releaseFunc) walk(releaseFunc, false);  // every entry, whatever the function answers
   VX_deleteObject(buckets);
   buckets = nullptr;
   enabled = 0;
@@ -220,26 +220,31 @@ VX_RET_STATUS VX_HashTable<K, D>::setEntryData(const K& key, const D& data) {
   return VX_RET_TRUE;
 }
 
-// A bucket whose lock is held already (iterate called from its own callback) is refused.
 template <class K, class D>
 VX_RET_STATUS VX_HashTable<K, D>::iterate(EntryFunc callback) {
   VX_setUserError(0);
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 548);
   if (!callback) return VX_reportFail(VX_RET_ERR_ARG, VX_HASH_IMPL_FILE, 550);
+  return walk(callback, true);
+}
+
+// A bucket whose lock is held already (iterate called from its own callback) has the lock
+// reported; iterate stops there, the final walk goes through it all the same.
+template <class K, class D>
+VX_RET_STATUS VX_HashTable<K, D>::walk(EntryFunc callback, bool stopOnFailure) {
   for (unsigned int b = 0; b < size; ++b) {
     Bucket& list = (*buckets)[b];
     VX_RET_STATUS st = list.lock();
-    if (st > 2) return st;
+    bool owner = st == VX_RET_TRUE;
+    if (!owner && stopOnFailure) return st;
     for (list.setCurFirst(); !list.curIsNull(); list.setCurNext()) {
       Entry* e = nullptr;
       if (list.getCurElem(&e) != VX_RET_TRUE) break;
       st = callback(e->key, e->data);
-      if (st > 2) {
-        list.unlock();
-        return st;
-      }
+      if (st > 2 && stopOnFailure) break;
     }
-    list.unlock();
+    if (owner) list.unlock();
+    if (st > 2 && stopOnFailure) return st;
   }
   return VX_RET_TRUE;
 }
