@@ -521,7 +521,6 @@ VX_RET_STATUS VX_VCArray<T>::cleanupDataMembers() {
   blocks = nullptr;
   this->nElems = 0;
   this->clearCur();
-  curBlock = 0;
   enabled = 0;
   return VX_RET_TRUE;
 }
@@ -817,58 +816,44 @@ VX_RET_STATUS VX_VCArray<T>::setCurIndex(unsigned int index) {
   VX_setUserError(0);
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 2282);
   this->clearCur();
-  curBlock = 0;
   unsigned int b = 0, o = 0;
   Node* node = mapIndex(index, b, o);
   if (!node) return VX_RET_FALSE;
   this->cur.set(index, &(*node->data.block)[o]);
   this->cur.node = node;
-  curBlock = b;
+  return VX_RET_TRUE;
+}
+
+template <class T>
+VX_RET_STATUS VX_VCArray<T>::stepCursor(bool forward, unsigned line) {
+  VX_setUserError(0);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, line);
+  Node* node = curNode();
+  if (!this->cur.elem || !node) return VX_RET_FALSE;
+  unsigned int index = forward ? this->cur.index + 1 : this->cur.index - 1;
+  T* edge = &(*node->data.block)[forward ? node->data.count - 1 : 0];
+  if (this->cur.elem != edge) {
+    this->cur.set(index, forward ? this->cur.elem + 1 : this->cur.elem - 1);
+    return VX_RET_TRUE;
+  }
+  Node* next = forward ? node->next : node->prev;  // the neighbouring block
+  if (!next) {
+    this->clearCur();
+    return VX_RET_FALSE;
+  }
+  this->cur.set(index, &(*next->data.block)[forward ? 0 : next->data.count - 1]);
+  this->cur.node = next;
   return VX_RET_TRUE;
 }
 
 template <class T>
 VX_RET_STATUS VX_VCArray<T>::setCurPrev() {
-  VX_setUserError(0);
-  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 2143);
-  Node* node = curNode();
-  if (!this->cur.elem || !node) return VX_RET_FALSE;
-  T* first = &(*node->data.block)[0];
-  if (this->cur.elem != first) {
-    this->cur.set(this->cur.index - 1, this->cur.elem - 1);
-    return VX_RET_TRUE;
-  }
-  Node* prev = node->prev;
-  if (!prev) {
-    this->clearCur();
-    return VX_RET_FALSE;
-  }
-  this->cur.set(this->cur.index - 1, &(*prev->data.block)[prev->data.count - 1]);
-  this->cur.node = prev;
-  --curBlock;
-  return VX_RET_TRUE;
+  return stepCursor(false, 2143);
 }
 
 template <class T>
 VX_RET_STATUS VX_VCArray<T>::setCurNext() {
-  VX_setUserError(0);
-  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, __LINE__);
-  Node* node = curNode();
-  if (!this->cur.elem || !node) return VX_RET_FALSE;
-  T* last = &(*node->data.block)[node->data.count - 1];
-  if (this->cur.elem != last) {
-    this->cur.set(this->cur.index + 1, this->cur.elem + 1);
-    return VX_RET_TRUE;
-  }
-  Node* next = node->next;
-  if (!next) {
-    this->clearCur();
-    return VX_RET_FALSE;
-  }
-  this->cur.set(this->cur.index + 1, &(*next->data.block)[0]);
-  this->cur.node = next;
-  ++curBlock;
-  return VX_RET_TRUE;
+  return stepCursor(true, __LINE__);
 }
 
 template <class T>

@@ -91,9 +91,12 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   // Puts the cursor back on its index after a structural change (cleared past the end).
   void restoreCursor();
   Node* curNode() const { return static_cast<Node*>(this->cur.node); }
+  // setCurNext (forward) / setCurPrev: one step inside the block or onto the neighbouring
+  // block's first / last used slot; stepping off either end clears the cursor.
+  VX_RET_STATUS stepCursor(bool forward, unsigned line);
 
   unsigned char enabled;
-  unsigned int curBlock;  // number of the block holding the cursor's element
+  unsigned int curBlock;  // kept for the object layout only: the cursor's node is its block
   unsigned int blockSize;
   VX_LList<Rec>* blocks;
   unsigned char rawMemory;
