@@ -6,9 +6,6 @@
 #ifndef VX_CONTAINER_H
 #define VX_CONTAINER_H
 
-#include <new>
-#include <utility>
-
 #include "vx_globals.h"
 #include "vx_mem.h"
 #include "vx_str.h"
@@ -17,21 +14,6 @@
 // On which side of `index` new elements go. Any value other than VX_INS_BEFORE acts as
 // VX_INS_AFTER.
 enum VX_INS_METHOD : int { VX_INS_BEFORE = 0, VX_INS_AFTER = 1 };
-
-// One heap object built in VX_malloc'ed memory, so that single objects obey the same
-// allocation switch as everything else; null when the memory cannot be had. Release with
-// VX_deleteObject (runs the, possibly virtual, destructor, then frees).
-template <class T, class... Args>
-inline T* VX_newObject(Args&&... args) {
-  void* mem = VX_malloc(sizeof(T));
-  return mem ? new (mem) T(std::forward<Args>(args)...) : nullptr;
-}
-template <class T>
-inline void VX_deleteObject(T* obj) {
-  if (!obj) return;
-  obj->~T();
-  VX_free(obj);
-}
 
 // Whether `copy` really holds what was copied from `src` (pass 0 as the third argument).
 // Library objects that fail to copy end up disabled; a string assigned while memory runs

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "vx_globals.h"
 #include "vx_vorlaxe.h"
@@ -46,6 +47,21 @@ inline T* VX_newArray(std::size_t count) {
 template <class T>
 inline void VX_deleteArray(T* elems) {
   delete[] elems;
+}
+
+// One heap object built in VX_malloc'ed memory, so that single objects obey the same
+// allocation switch as everything else; null when the memory cannot be had. Release with
+// VX_deleteObject (runs the, possibly virtual, destructor, then frees).
+template <class T, class... Args>
+inline T* VX_newObject(Args&&... args) {
+  void* mem = VX_malloc(sizeof(T));
+  return mem ? new (mem) T(std::forward<Args>(args)...) : nullptr;
+}
+template <class T>
+inline void VX_deleteObject(T* obj) {
+  if (!obj) return;
+  obj->~T();
+  VX_free(obj);
 }
 
 // VX_Memory: one owned, resizable heap block and its size, with an error flag that
