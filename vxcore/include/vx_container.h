@@ -31,6 +31,9 @@ inline bool VX_copyTook(const VX_String& copy, const VX_String& src, int) {
          (static_cast<const char*>(src) == nullptr || static_cast<const char*>(copy) != nullptr);
 }
 
+template <class K, class D>
+class VX_HashTable;
+
 // VX_IteratorElem: the cursor. `elem` null means "no current element". `node` is the list
 // node holding the element for the linked list and the block holding it for the chunked
 // array; the array leaves it null.
@@ -162,6 +165,14 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
   virtual VX_RET_STATUS delCurElem(unsigned char advance) = 0;
 
  protected:
+  template <class K, class D>
+  friend class VX_HashTable;  // walks its buckets with seekCur
+
+  // The one cursor walk: from the first element on, puts the cursor on the first element
+  // for which `stop(element)` answers true and returns it; null, with the cursor cleared,
+  // when none does. Locking is the caller's: the walks differ in what a held lock means.
+  template <class Stop>
+  T* seekCur(Stop stop);
   // Position of the first element equal to `elem` (numElems() when none), by a cursor walk
   // that leaves the cursor as it found it.
   unsigned int scanFor(const T& elem);

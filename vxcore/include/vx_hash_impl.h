@@ -140,11 +140,7 @@ typename VX_HashTable<K, D>::Entry* VX_HashTable<K, D>::getEntryPtr(const K& key
   bool owner = list->lock() == VX_RET_TRUE;
   unsigned int outer = 0;
   bool hadCursor = !owner && list->getCurIndex(outer) == VX_RET_TRUE;
-  Entry* found = nullptr;
-  for (list->setCurFirst(); !found && !list->curIsNull(); list->setCurNext()) {
-    Entry* e = nullptr;
-    if (list->getCurElem(&e) == VX_RET_TRUE && e->key == key) found = e;
-  }
+  Entry* found = list->seekCur([&](const Entry& e) { return e.key == key; });
   if (owner)
     list->unlock();
   else if (hadCursor)
@@ -180,17 +176,16 @@ VX_RET_STATUS VX_HashTable<K, D>::deleteEntry(const K& key) {
   if (!list) return VX_RET_ERR_GEN;
   VX_RET_STATUS st = list->lock();
   if (st > 2) return st;
-  for (list->setCurFirst(); !list->curIsNull(); list->setCurNext()) {
-    Entry* e = nullptr;
-    if (list->getCurElem(&e) != VX_RET_TRUE || !(e->key == key)) continue;
-    if (releaseFunc) releaseFunc(e->key, e->data);
-    --nEntries;
-    st = list->delCurElem(0);
+  Entry* e = list->seekCur([&](const Entry& held) { return held.key == key; });
+  if (!e) {
     list->unlock();
-    return st > 2 ? st : VX_RET_TRUE;
+    return VX_RET_FALSE;
   }
+  if (releaseFunc) releaseFunc(e->key, e->data);
+  --nEntries;
+  st = list->delCurElem(0);
   list->unlock();
-  return VX_RET_FALSE;
+  return st > 2 ? st : VX_RET_TRUE;
 }
 
 template <class K, class D>
@@ -237,12 +232,10 @@ VX_RET_STATUS VX_HashTable<K, D>::walk(EntryFunc callback, bool stopOnFailure) {
     VX_RET_STATUS st = list.lock();
     bool owner = st == VX_RET_TRUE;
     if (!owner && stopOnFailure) return st;
-    for (list.setCurFirst(); !list.curIsNull(); list.setCurNext()) {
-      Entry* e = nullptr;
-      if (list.getCurElem(&e) != VX_RET_TRUE) break;
-      st = callback(e->key, e->data);
-      if (st > 2 && stopOnFailure) break;
-    }
+    list.seekCur([&](Entry& e) {
+      st = callback(e.key, e.data);
+      return st > 2 && stopOnFailure;
+    });
     if (owner) list.unlock();
     if (st > 2 && stopOnFailure) return st;
   }

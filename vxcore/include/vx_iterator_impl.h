@@ -155,17 +155,24 @@ VX_RET_STATUS VX_IndContainer<T>::findElemIndex(const T& elem, unsigned int& ind
 }
 
 template <class T>
+template <class Stop>
+T* VX_IndContainer<T>::seekCur(Stop stop) {
+  for (this->setCurFirst(); !this->curIsNull(); this->setCurNext()) {
+    T* p = nullptr;
+    if (this->getCurElem(&p) != VX_RET_TRUE || !p) break;
+    if (stop(*p)) return p;
+  }
+  this->clearCur();
+  return nullptr;
+}
+
+template <class T>
 unsigned int VX_IndContainer<T>::scanFor(const T& elem) {
   VX_IteratorElem<T> saved = this->cur;
-  unsigned int n = this->numElems();
   unsigned int pos = 0;
-  bool found = false;
-  for (this->setCurFirst(); !found && !this->curIsNull() && pos < n; ++pos) {
-    found = *this->cur.elem == elem;
-    if (!found) this->setCurNext();
-  }
+  bool found = seekCur([&](const T& e) { return e == elem || (++pos, false); }) != nullptr;
   this->cur = saved;  // nothing changed the structure, so the saved cursor still holds
-  return found ? pos - 1 : n;
+  return found ? pos : this->numElems();
 }
 
 template <class T>
@@ -200,25 +207,9 @@ template <class T>
 VX_RET_STATUS VX_IndContainer<T>::cursorSearch(const T& elem, const char* file, unsigned line) {
   if (!objIsEnabled()) return VX_reportFail(VX_RET_ERR_OBJ, file, line);
   this->lock();  // a held lock has been reported; the search goes on regardless
-  VX_RET_STATUS result = VX_RET_FALSE;
-  this->setCurFirst();
-  while (!this->curIsNull()) {
-    T* p = nullptr;
-    VX_RET_STATUS st = this->getCurElem(&p);
-    if (st > 2 || !p) {
-      this->clearCur();
-      result = st > 2 ? st : VX_RET_FALSE;
-      break;
-    }
-    if (*p == elem) {
-      result = VX_RET_TRUE;
-      break;
-    }
-    this->setCurNext();
-  }
-  if (result == VX_RET_FALSE) this->clearCur();
+  T* found = seekCur([&](const T& e) { return e == elem; });
   this->unlock();
-  return result;
+  return found ? VX_RET_TRUE : VX_RET_FALSE;
 }
 
 template <class T>
