@@ -111,6 +111,22 @@ VX_RET_STATUS VX_val2Str(const VX_Var& v, char** out) {
   return VX_RET_TRUE;
 }
 
+namespace {
+
+// Reads `src` as a Wide number and stores it, as Narrow when the variant is of `narrowKind`: the
+// two kinds of each pair share one scan format.
+template <class Wide, class Narrow>
+void scanNumber(VX_Var& v, const char* src, const char* format, VX_VAR_TYPE narrowKind) {
+  Wide x = 0;
+  std::sscanf(src, format, &x);
+  if (v.varType() == narrowKind)
+    v = static_cast<Narrow>(x);
+  else
+    v = x;
+}
+
+}  // namespace
+
 // Characters are assigned as char, so an unsigned char variant turns into a char one (and
 // one locked as unsigned char refuses), as it always has.
 VX_RET_STATUS VX_str2Val(VX_Var& v, const char* text) {
@@ -126,35 +142,11 @@ VX_RET_STATUS VX_str2Val(VX_Var& v, const char* text) {
       break;
     }
     case VX_VAR_USHORT:
-    case VX_VAR_UINT: {
-      unsigned x = 0;
-      std::sscanf(src, "%u", &x);
-      if (v.varType() == VX_VAR_USHORT)
-        v = static_cast<unsigned short>(x);
-      else
-        v = x;
-      break;
-    }
+    case VX_VAR_UINT: scanNumber<unsigned, unsigned short>(v, src, "%u", VX_VAR_USHORT); break;
     case VX_VAR_SHORT:
-    case VX_VAR_INT: {
-      int x = 0;
-      std::sscanf(src, "%d", &x);
-      if (v.varType() == VX_VAR_SHORT)
-        v = static_cast<short>(x);
-      else
-        v = x;
-      break;
-    }
+    case VX_VAR_INT: scanNumber<int, short>(v, src, "%d", VX_VAR_SHORT); break;
     case VX_VAR_ULONG:
-    case VX_VAR_LONG: {
-      long x = 0;
-      std::sscanf(src, "%ld", &x);
-      if (v.varType() == VX_VAR_ULONG)
-        v = static_cast<unsigned long>(x);
-      else
-        v = x;
-      break;
-    }
+    case VX_VAR_LONG: scanNumber<long, unsigned long>(v, src, "%ld", VX_VAR_ULONG); break;
     case VX_VAR_STRING: v = text; break;
     case VX_VAR_PTR: {
       void* p = nullptr;
