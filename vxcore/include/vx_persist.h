@@ -35,6 +35,11 @@ class VX_API VX_Persistable {
   // in *block for the caller to free. With `size` given, a fill that writes a different number
   // of bytes than getPackedSize promised is an internal error (VX_RET_ERR_GEN).
   VX_RET_STATUS pack(VX_Version& version, char** block, unsigned int* size, VX_STORAGE_TYPE storage);
+  // Unpacks from a block that holds exactly `avail` readable bytes: the virtual unpack runs with
+  // a read bound, so a block whose contents claim more than it holds fails (VX_RET_ERR_ARG,
+  // reported) instead of being read past. Every path that unpacks bytes from a file uses it.
+  VX_RET_STATUS unpackFrom(VX_Version& version, const char* buffer, unsigned int avail, unsigned int& size,
+                           VX_STORAGE_TYPE storage);
 
   // Field helpers for persist/restore: each forwards to the binary file's member of the same
   // name, which fixes the encoding, and returns its status; `size` gets the bytes moved.

@@ -3,9 +3,13 @@
 
 #include "vx_persist.h"
 
+#include <cstdint>
+#include <cstring>
+
 #include "vx_file.h"
 #include "vx_mem.h"
 #include "vx_report.h"
+#include "vx_unpack.h"
 #include "vx_version.h"
 
 VX_Persistable::~VX_Persistable() = default;
@@ -42,6 +46,50 @@ VX_RET_STATUS VX_Persistable::pack(VX_Version& version, char** block, unsigned i
     *size = written;
   }
   return VX_RET_TRUE;
+}
+
+namespace {
+
+// The active read bound of unpackFrom; both null when none is active. The library is used from
+// one thread, but a bound never leaks across threads either.
+thread_local const char* tBoundBegin = nullptr;
+thread_local const char* tBoundEnd = nullptr;
+
+}  // namespace
+
+bool VX_unpackHas(const char* at, std::size_t n) {
+  if (!tBoundEnd) return true;
+  if (at < tBoundBegin || at > tBoundEnd) return false;
+  return static_cast<std::size_t>(tBoundEnd - at) >= n;
+}
+
+std::size_t VX_unpackAvail(const char* at) {
+  if (!tBoundEnd) return SIZE_MAX;
+  if (at < tBoundBegin || at > tBoundEnd) return 0;
+  return static_cast<std::size_t>(tBoundEnd - at);
+}
+
+std::size_t VX_unpackTextLength(const char* at) {
+  std::size_t avail = VX_unpackAvail(at);
+  if (avail == SIZE_MAX) return std::strlen(at);
+  const void* end = std::memchr(at, 0, avail);
+  return end ? static_cast<std::size_t>(static_cast<const char*>(end) - at) : SIZE_MAX;
+}
+
+VX_RET_STATUS VX_Persistable::unpackFrom(VX_Version& version, const char* buffer, unsigned int avail,
+                                         unsigned int& size, VX_STORAGE_TYPE storage) {
+  VX_setUserError(0);
+  size = 0;
+  if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
+  // Nested calls narrow the bound and put the outer one back.
+  const char* outerBegin = tBoundBegin;
+  const char* outerEnd = tBoundEnd;
+  tBoundBegin = buffer;
+  tBoundEnd = buffer + avail;
+  VX_RET_STATUS st = unpack(version, const_cast<char*>(buffer), size, storage);
+  tBoundBegin = outerBegin;
+  tBoundEnd = outerEnd;
+  return st;
 }
 
 namespace {

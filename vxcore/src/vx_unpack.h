@@ -1,0 +1,21 @@
+// The read bound of unpacking. The public unpack takes no length, so a class's unpack cannot know
+// how many bytes its buffer holds; VX_Persistable::unpackFrom knows, and sets a bound for the
+// duration of the call (nested persistables included) that every unpack consults before it reads.
+// Outside unpackFrom there is no bound and the checks always pass, so the length-less unpack
+// behaves as it always did on a caller's well-formed buffer.
+#ifndef VX_UNPACK_H
+#define VX_UNPACK_H
+
+#include <cstddef>
+
+// True when `n` bytes starting at `at` may be read. Reading past the active bound is refused by
+// the caller with VX_RET_ERR_ARG (reported where it is found).
+bool VX_unpackHas(const char* at, std::size_t n);
+
+// Bytes that may be read from `at` on: SIZE_MAX when unbounded, 0 when `at` lies outside the bound.
+std::size_t VX_unpackAvail(const char* at);
+
+// Length of the zero-terminated text at `at`, or SIZE_MAX when its terminator lies past the bound.
+std::size_t VX_unpackTextLength(const char* at);
+
+#endif
