@@ -207,11 +207,13 @@ TEST_F(Files, WholeObjectsArePackedBlocks) {
                (vxtest::failNextAlloc(), f.write(v)), int(f.length()), rep.count(MEM), VX_FileBinary().write(s)}),
             (S{T, MEM, F, T, MEM, 0, 2, POBJ}));
 
-  // A count claiming far more than the file holds is refused before any allocation.
+  // A count claiming far more than the file holds is refused before any allocation, and a text
+  // field claiming more than the block read holds is refused rather than read past.
   VX_FileBinary h(with(std::string("\xFF\xFF\xFF\x7F" "abcd", 8)), VX_FILE_READ);
   EXPECT_EQ((S{(vxtest::failNextAlloc(), h.read(s, 0xFFFFFFF0u)), vxtest::allocFaultPending(), int(h.tell()),
-               rep.mentions("fread() failed."), (vxtest::clearAllocFault(), h.read(s, 8)), s == "abcd"}),
-            (S{GEN, 1, 0, 1, T, 1}));
+               rep.mentions("fread() failed."), (vxtest::clearAllocFault(), h.read(s, 8)), s == "hello",
+               rep.mentions("runs past the end")}),
+            (S{GEN, 1, 0, 1, ARG, 1, 1}));
 }
 
 TEST_F(Files, PrintScanCharactersAndLines) {
@@ -267,4 +269,70 @@ TEST_F(Files, LineCountsPositionsAndSearches) {
                f.searchText("", offset), f.searchText(nullptr, offset),
                (vxtest::failNextAlloc(), f.searchText("x", offset))}),
             (S{T, GEN, 20, 1, F, ARG, MEM}));
+}
+
+// A whole-object read unpacks under the bound of the block it read: contents claiming more than
+// the block holds are refused, never read past (the sanitizer build catches a read beyond it).
+TEST_F(Files, WholeObjectReadsStayInsideTheirBlock) {
+  VX_Var var;
+  VX_VarArr arr;
+  VX_String str("kept");
+  VX_Version ver;
+  VX_Persistable* objects[] = {&var, &arr, &str, &ver};
+  struct Row {
+    std::string bytes;
+    int object;    // index into objects
+    long size;     // -1: read the object's packed size
+    const char* why;
+  };
+  const Row rows[] = {
+      {"", 0, 0, "runs past the end"},                                   // no header at all
+      {"\x0c", 0, 1, "runs past the end"},                               // a double whose value is beyond
+      {std::string("\x06\0\0\0\xff\xff\xff\xff\0\1\2", 11), 0, 11, "runs past the end"},      // half an int
+      {std::string("\x09\0\0\0\xff\xff\xff\xff\0ab", 11), 0, 11, "runs past the end"},       // unterminated text
+      {std::string("\x09\0\0\0\x08\0\0\0\0ab\0", 12), 0, 12, "runs past the end"},           // maximum past the end
+      {std::string("\x03\0\0\0", 4), 1, -1, "Element count"},                                  // three claimed
+      {std::string("\x01\0\0\0", 4), 1, -1, "Element count"},                                  // one claimed
+      {"\x7e", 1, 1, "runs past the end"},                                                      // a count cut short
+      {std::string("\x02\0\0\0\x06\0\0\0\xff\xff\xff\xff\0\1\0\0\0\x06\0\0\0\xff\xff\xff\xff\0", 26), 1, 26,
+       "runs past the end"},                                                                     // second element cut
+      {std::string("\x09\0\0\0ab", 6), 2, 6, "runs past the end"},
+      {std::string("\1\0\0\0\2\0\0\0", 8), 3, 8, "runs past the end"},
+  };
+  for (const Row& r : rows) {
+    VX_FileBinary f(with(r.bytes), VX_FILE_READ);
+    rep.clear();
+    VX_Persistable& obj = *objects[r.object];
+    VX_RET_STATUS st = r.size < 0 ? f.read(obj) : f.read(obj, unsigned(r.size));
+    EXPECT_TRUE(st == ARG && rep.mentions(r.why)) << r.bytes.size() << " bytes: " << st;
+  }
+  EXPECT_TRUE(arr.numElems() == 2u && arr[0].i() == 1 && str == "kept");  // the element read before the cut stays
+
+  // A plain pointer read from a file is null; the block it would point into is gone.
+  int target = 0;
+  VX_Var plain(static_cast<void*>(&target), nullptr), back(static_cast<void*>(&target), nullptr);
+  VX_VarArr two(2, VX_VAR_PTR, 0), twoBack;
+  two[0] = static_cast<void*>(&target);
+  {
+    VX_FileBinary out(name, VX_FILE_CREATE);
+    EXPECT_EQ((S{out.write(plain), out.write(two)}), (S{T, T}));
+  }
+  VX_FileBinary in(name, VX_FILE_READ);
+  EXPECT_EQ((S{in.read(back), in.read(twoBack, 30), back.ptr() == nullptr, int(twoBack.numElems()),
+               twoBack[0].ptr() == nullptr}),
+            (S{T, T, 1, 2, 1}));
+}
+
+// To a fixed-record file a zero-size transfer means one whole record; a whole-object read of 0
+// bytes transfers nothing, so the record cannot land in a block made for no bytes.
+TEST_F(Files, ZeroSizeObjectReadFromARecordFileTransfersNothing) {
+  VX_Array<unsigned int> none;
+  VX_FileBinaryRec f;
+  ASSERT_LE(f.open(name, 0, 0, 16, 1, "ABCD", 4, 1, none), 2);
+  long start = f.tell();
+  char record[16] = {6, 0, 0, 0, -1, -1, -1, -1, 0, 42};
+  VX_Var var(1.5);
+  EXPECT_EQ((S{f.write(record, 16, 1), f.seek(start, 0), f.read(var, 0), f.tell() == start, var.varType()}),
+            (S{T, T, ARG, 1, VX_VAR_DOUBLE}));
+  EXPECT_TRUE(rep.mentions("runs past the end"));
 }

@@ -112,3 +112,37 @@ TEST(Memory, DisabledBlockRefusesChangesAndAnswersQuietly) {
   EXPECT_FALSE(fromDisabled.objIsEnabled());
   EXPECT_EQ(7, capture.count(VX_RET_ERR_POBJ));
 }
+
+// memExpand keeps spare room and grows it geometrically: 1e5 one-byte growths take a few dozen
+// allocations (the switch counts them), keep every byte, and within the room cannot fail.
+TEST(Memory, ExpandIsAmortisedAndFailsOnlyWhenTheBlockMustMove) {
+  vxtest::CaptureReporter capture;
+  VX_Memory m(0);
+  vxtest::failAfter(40);
+  for (unsigned n = 1; n <= 100000; ++n) {
+    ASSERT_EQ(VX_RET_TRUE, m.memExpand(n)) << n;
+    static_cast<unsigned char*>(m.memPtr())[n - 1] = static_cast<unsigned char>(n * 7);
+  }
+  EXPECT_TRUE(vxtest::allocFaultPending());
+  vxtest::clearAllocFault();
+  EXPECT_EQ(100000u, m.memSize());
+  bool kept = true;
+  for (unsigned n = 1; n <= 100000; ++n) kept &= static_cast<unsigned char*>(m.memPtr())[n - 1] == (n * 7 & 0xFF);
+  EXPECT_TRUE(kept);
+  // Past the room the block must move: a failure there keeps the content and reports twice.
+  vxtest::failNextAlloc();
+  EXPECT_EQ(VX_RET_ERR_MEM, m.memExpand(1u << 20));
+  EXPECT_TRUE(m.memSize() == 100000u && m.memErr() == 1 && capture.count(VX_RET_ERR_MEM) == 1);
+  EXPECT_EQ(static_cast<unsigned char*>(m.memPtr())[99999], (100000u * 7) & 0xFF);
+  vxtest::failNextAlloc();
+  EXPECT_EQ(VX_RET_TRUE, m.memExpand(100001));  // inside the room: nothing allocated
+  EXPECT_TRUE(vxtest::allocFaultPending() && m.memErr() == 0 && m.memSize() == 100001u);
+  vxtest::clearAllocFault();
+  // A block sized by memGet, memCopy or memSet has no room: copies stay exact.
+  VX_Memory copy(m);
+  EXPECT_EQ(100001u, copy.memSize());
+  EXPECT_EQ(VX_RET_TRUE, m.memCopy("abc", 4));
+  vxtest::failNextAlloc();
+  EXPECT_EQ(VX_RET_ERR_MEM, m.memExpand(5));
+  EXPECT_STREQ("abc", chars(m));
+}

@@ -90,3 +90,25 @@ TEST(StringPersistence, RoundTripsThroughABinaryFile) {
   EXPECT_GE(failed, 3);
   EXPECT_GT(rep.count(MEM), 0);
 }
+
+// Packed sizes sum without wrapping; a size that stuck at the overflow value is refused,
+// reported, before anything is allocated.
+TEST(Persistable, OversizePackedSizesAreRefusedUnallocated) {
+  vxtest::CaptureReporter rep;
+  const unsigned X = VX_PACKED_SIZE_OVERFLOW;
+  for (S c : {S{1, 2, 3}, S{int(X - 1), 1, int(X)}, S{int(X - 1), 2, int(X)}, S{int(X), 0, int(X)}, S{2, int(X), int(X)}})
+    EXPECT_EQ(int(VX_packedSizeAdd(unsigned(c[0]), unsigned(c[1]))), c[2]) << c[0] << "+" << c[1];
+  Probe probe;
+  probe.promised = X;
+  VX_Version fmt;
+  char* block = reinterpret_cast<char*>(&probe);
+  char* block2 = block;
+  unsigned size = 3, size2 = 3;
+  vxtest::failNextAlloc();
+  EXPECT_EQ((S{probe.allocatePackBlock(fmt, &block, &size, VX_STORAGE_BINARY), block == nullptr, int(size),
+               probe.pack(fmt, &block2, &size2, VX_STORAGE_BINARY), block2 == nullptr, int(size2),
+               vxtest::allocFaultPending()}),
+            (S{MEM, 1, 0, MEM, 1, 0, 1}));
+  vxtest::clearAllocFault();
+  EXPECT_TRUE(rep.mentions("Packed size beyond"));
+}

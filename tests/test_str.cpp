@@ -6,6 +6,7 @@
 
 #include "../vxcore/src/vx_strjoin.h"  // the library's own joining helper, inline
 #include "vx_test_support.h"
+#include "vx_test_var.h"
 
 namespace {
 
@@ -243,4 +244,83 @@ TEST(String, DisabledStringIsReportedButComparesQuietly) {
   EXPECT_EQ(0u, live.memSize());
   delete dead;
   EXPECT_EQ(1, capture.count(VX_RET_ERR_POBJ));
+}
+
+// Appends grow the block in place with spare room: a million characters in 1e5 appends take a
+// few dozen allocations at most (the switch counts them), whatever the text's origin.
+TEST(String, AppendsAreAmortisedAndKeepTheTwoEmptyStates) {
+  vxtest::CaptureReporter capture;
+  VX_String s, nothing, same("ab");
+  s += nothing;
+  EXPECT_EQ(0u, s.memSize());  // null plus null stays null
+  s += "";
+  EXPECT_EQ(1u, s.memSize());  // null plus a text is that text, here the empty one
+  std::string want;
+  vxtest::failAfter(40);
+  for (int i = 0; i < 100000; ++i) {
+    s += "0123456789";
+    want += "0123456789";
+  }
+  EXPECT_TRUE(vxtest::allocFaultPending());
+  vxtest::clearAllocFault();
+  EXPECT_TRUE(s.strLeng() == want.size() && s.memSize() == want.size() + 1 && text(s) == want);
+  // Texts from the string itself, and insertion anywhere, on blocks with and without spare room.
+  same += same;
+  same += static_cast<const char*>(same) + 1;
+  EXPECT_EQ("ababbab", text(same));
+  struct Row {
+    const char* start;  // null: the null string
+    bool roomy;         // grown first, so the block has spare room
+    unsigned pos;
+    const char* ins;
+    const char* want;
+  };
+  const Row rows[] = {{"abcd", false, 2, "XY", "abXYcd"}, {"abcd", true, 2, "XY", "abXYcd"},
+                      {"abcd", true, 0, "XY", "XYabcd"},  {"abcd", true, 4, "XY", "abcdXY"},
+                      {"abcd", true, 99, "XY", "abcdXY"}, {nullptr, false, 3, "XY", "XY"},
+                      {"", false, 0, "", ""}};
+  for (const Row& r : rows) {
+    VX_String t(r.roomy ? "abc" : r.start);
+    if (r.roomy) t += "d";  // the block grows to eight bytes
+    EXPECT_EQ(VX_RET_TRUE, t.strIns(r.pos, r.ins));
+    EXPECT_EQ(r.want, text(t)) << r.pos;
+  }
+  VX_String self("abcd");
+  EXPECT_EQ(VX_RET_TRUE, self.strIns(1, static_cast<const char*>(self) + 2));
+  EXPECT_EQ("acdbcd", text(self));
+  EXPECT_TRUE(capture.reports.empty());
+}
+
+// A failed growth leaves the string as it was: silently for +=, reported once for strIns. Growth
+// inside the spare room allocates nothing, so it cannot fail.
+TEST(String, AppendFailuresLeaveTheStringAsItWas) {
+  vxtest::CaptureReporter capture;
+  VX_String s("abc");
+  vxtest::failNextAlloc();
+  s += "defgh";
+  EXPECT_TRUE(text(s) == "abc" && capture.reports.empty() && s.memErr() == 0);
+  vxtest::failNextAlloc();
+  EXPECT_EQ(VX_RET_ERR_MEM, s.strIns(3, "defgh"));
+  EXPECT_TRUE(text(s) == "abc" && capture.statuses() == std::vector<int>{VX_RET_ERR_MEM});
+  s += "d";  // the block now has room for eight bytes
+  vxtest::failNextAlloc();
+  s += "ef";
+  EXPECT_EQ(VX_RET_TRUE, s.strIns(0, "_"));
+  EXPECT_TRUE(vxtest::allocFaultPending() && text(s) == "_abcdef");
+  vxtest::clearAllocFault();
+  VX_String null;
+  vxtest::failNextAlloc();
+  null += "x";
+  EXPECT_EQ(0u, null.memSize());  // still the null string
+}
+
+// Under unpackFrom's bound the count and the text it claims must lie in the block.
+TEST(String, BoundedUnpackRefusesEveryCut) {
+  vxtest::CaptureReporter capture;
+  for (const char* value : {"abc", "", static_cast<const char*>(nullptr)}) {
+    VX_String s(value);
+    std::vector<char> block = vxtest::packed(s);
+    EXPECT_EQ(vxtest::unpackCuts<VX_String>(block, [](VX_String& t) { t = "old"; }), vxtest::refusedWhenCut(block.size()));
+  }
+  EXPECT_TRUE(capture.mentions("runs past the end"));
 }

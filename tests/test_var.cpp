@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <vector>
 
 #include "vx_file_test_support.h"
@@ -319,4 +320,58 @@ TEST(Var, AllocationFailuresLeaveTheVariantUnchanged) {
   VX_Var bare = VX_Var("left") + VX_Var("right");
   clearAllocFault();
   EXPECT_TRUE(bare.varType() == VX_VAR_STRING && bare.str() == nullptr);
+}
+
+// Under unpackFrom's bound every field is checked against the block: each kind cut short anywhere
+// is refused without a read past the cut, and whole it reads back. A plain pointer then reads
+// back null: its address would point into a block the reader releases.
+TEST(Var, BoundedUnpackRefusesEveryCutAndKeepsNoAddressOfTheBlock) {
+  CaptureReporter rep;
+  int target = 0;
+  VX_Var limited("abc"), plain(static_cast<void*>(&target), nullptr);
+  limited.setStrLengMax(6);
+  VX_Var values[] = {VX_Var(static_cast<char>(-3)), VX_Var(static_cast<unsigned short>(9)), VX_Var(-7), VX_Var(2.5),
+                     VX_Var("text"), limited, plain, VX_Var()};
+  for (VX_Var& value : values) {
+    std::vector<char> block = packed(value);
+    EXPECT_EQ(unpackCuts<VX_Var>(block, [](VX_Var&) {}), refusedWhenCut(block.size())) << value.varType();
+    VX_Var back;
+    unsigned used = 0;
+    ASSERT_EQ(back.unpackFrom(anyVersion(), block.data(), unsigned(block.size()), used, VX_STORAGE_BINARY),
+              VX_RET_TRUE);
+    EXPECT_EQ(used, block.size());
+    bool isPlain = value.varType() == VX_VAR_PTR;
+    expectSame(back, isPlain ? VX_Var(static_cast<void*>(nullptr), nullptr) : value, value.varType());
+  }
+  EXPECT_TRUE(rep.mentions("runs past the end") && rep.count(VX_RET_ERR_MEM) == 0);
+  // A maximum length is only taken when the block holds the field it sizes.
+  std::vector<char> block = packed(limited);
+  VX_Var back("kept");
+  unsigned used = 0;
+  EXPECT_EQ(back.unpackFrom(anyVersion(), block.data(), unsigned(block.size()) - 1, used, VX_STORAGE_BINARY),
+            VX_RET_ERR_ARG);
+  EXPECT_EQ(back.getStrLengMax(), -1);
+}
+
+// A string's maximum length costs nothing until its text needs it: a restore stores the text at
+// its own size, while the packed size, the copy handed out and the next assignment keep the maximum.
+TEST(Var, RestoreAllocatesOnlyWhatTheFileHolds) {
+  CaptureReporter rep;
+  TempDir dir;
+  const std::string path = dir.file("max.bin");
+  writeFileBytes(path, std::string("\x09\0\0\0\0\0\0\x01\0ab\0", 12));  // a string of at most 16 MiB holding "ab"
+  VX_FileBinary in(path.c_str(), VX_FILE_READ);
+  VX_Var back;
+  unsigned n = 0;
+  ASSERT_EQ(back.restore(anyVersion(), in, n), VX_RET_TRUE);
+  EXPECT_TRUE(n == 12u && std::string(back.str()) == "ab" && back.getStrLengMax() == VX_VAR_STRLENG_LIMIT);
+  EXPECT_LT(malloc_usable_size(back.str()), 64u);
+  EXPECT_EQ(back.getPackedSize(anyVersion(), VX_STORAGE_BINARY), 9u + VX_VAR_STRLENG_LIMIT + 1);
+  char* copy = nullptr;
+  ASSERT_EQ(back.get(&copy), VX_RET_TRUE);
+  EXPECT_TRUE(malloc_usable_size(copy) > unsigned(VX_VAR_STRLENG_LIMIT) && std::string(copy) == "ab");
+  std::free(copy);
+  back = "xyz";
+  EXPECT_TRUE(std::string(back.str()) == "xyz" && back.getStrLengMax() == VX_VAR_STRLENG_LIMIT);
+  EXPECT_TRUE(rep.reports.empty());
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <malloc.h>
 #include <type_traits>
 #include <vector>
 
@@ -158,4 +159,87 @@ TEST(VarArr, AllocationFailuresNeverHalfBuildAnArray) {
   });
   EXPECT_GT(failures, 6);
   EXPECT_GT(rep.count(VX_RET_ERR_MEM), 3);
+}
+
+// Under unpackFrom's bound a count is held against the bytes there before any element is made,
+// and every element is read inside the block.
+TEST(VarArr, BoundedUnpackRefusesEveryCutAndOverclaimedCounts) {
+  CaptureReporter rep;
+  VX_VarArr a(4, VX_VAR_INT, -9, VX_VAR_STRING, "text", 6, VX_VAR_DOUBLE, 0.125, VX_VAR_STRING, "free", -1);
+  std::vector<char> block = packed(a);
+  EXPECT_EQ(unpackCuts<VX_VarArr>(block, [](VX_VarArr&) {}), refusedWhenCut(block.size()));
+  VX_VarArr back(1, VX_VAR_INT, 0);
+  unsigned used = 0;
+  EXPECT_TRUE(back.unpackFrom(anyVersion(), block.data(), unsigned(block.size()), used, VX_STORAGE_BINARY) ==
+                  VX_RET_TRUE &&
+              back == a && used == block.size());
+  // A count the block cannot hold, even at the smallest element, makes nothing.
+  char claims[4 + 2 * 9] = {3, 0, 0, 0};
+  rep.clear();
+  EXPECT_TRUE(back.unpackFrom(anyVersion(), claims, sizeof claims, used, VX_STORAGE_BINARY) == VX_RET_ERR_ARG &&
+              back.numElems() == 4u && rep.mentions("Element count"));
+}
+
+// Element sizes are summed without wrapping: an array whose packed size passes 32 bits says so,
+// and packing it is refused before anything is allocated or written. The file holds each string
+// with its text only, and restoring allocates that, not the 16 MiB maximum each one claims.
+TEST(VarArr, OversizePackedArraysAreRefusedAndRestoreAllocatesWhatIsThere) {
+  CaptureReporter rep;
+  TempDir dir;
+  const std::string path = dir.file("huge.bin");
+  const std::string element("\x09\0\0\0\0\0\0\x01\0\0", 10);  // a string of at most 16 MiB holding ""
+  const unsigned elementSize = 9 + VX_VAR_STRLENG_LIMIT + 1;
+  for (unsigned count : {255u, 256u}) {
+    std::string file(reinterpret_cast<const char*>(&count), 4);
+    for (unsigned k = 0; k < count; ++k) file += element;
+    writeFileBytes(path, file);
+    VX_FileBinary in(path.c_str(), VX_FILE_READ);
+    VX_VarArr a;
+    unsigned used = 0;
+    ASSERT_EQ(a.restore(anyVersion(), in, used), VX_RET_TRUE);
+    EXPECT_TRUE(used == file.size() && a.numElems() == count && a.longestStrLeng() == VX_VAR_STRLENG_LIMIT + 1u);
+    for (unsigned k = 0; k < count; ++k) ASSERT_LT(malloc_usable_size(a[k].str()), 64u);
+    if (count == 255u) {
+      EXPECT_EQ(a.getPackedSize(anyVersion(), VX_STORAGE_BINARY), 4 + count * elementSize);
+      continue;
+    }
+    EXPECT_EQ(a.getPackedSize(anyVersion(), VX_STORAGE_BINARY), VX_PACKED_SIZE_OVERFLOW);
+    char* block = reinterpret_cast<char*>(&a);
+    unsigned size = 5;
+    char small[16] = "untouched";
+    failNextAlloc();
+    EXPECT_EQ(statuses({a.pack(anyVersion(), &block, &size, VX_STORAGE_BINARY),
+                        a.pack(anyVersion(), small, used, VX_STORAGE_BINARY)}),
+              statuses({VX_RET_ERR_MEM, VX_RET_ERR_MEM}));
+    EXPECT_TRUE(block == nullptr && size == 0u && allocFaultPending() && std::string(small) == "untouched");
+    clearAllocFault();
+    VX_FileBinary out(dir.file("out.bin").c_str(), VX_FILE_CREATE);
+    EXPECT_TRUE(out.write(a) == VX_RET_ERR_MEM && out.length() == 0);
+    EXPECT_TRUE(rep.mentions("Packed size beyond"));
+  }
+}
+
+// The one-call pack and unpackFrom are reachable on the array and its elements, and reading a
+// const array needs no cursor.
+TEST(VarArr, OneCallPackAndConstAccess) {
+  CaptureReporter rep;
+  VX_VarArr a(2, VX_VAR_INT, 7, VX_VAR_STRING, "ab", 4), back;
+  char *block = nullptr, *one = nullptr;
+  unsigned size = 0, oneSize = 0, used = 0;
+  ASSERT_EQ(statuses({a.pack(anyVersion(), &block, &size, VX_STORAGE_BINARY),
+                      a[0].pack(anyVersion(), &one, &oneSize, VX_STORAGE_BINARY),
+                      back.unpackFrom(anyVersion(), block, size, used, VX_STORAGE_BINARY)}),
+            statuses({VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE}));
+  VX_Var x;
+  EXPECT_TRUE(back == a && oneSize == 13u && x.unpackFrom(anyVersion(), one, oneSize, used, VX_STORAGE_BINARY) == 1 &&
+              x.i() == 7);
+  std::free(block);
+  std::free(one);
+  const VX_VarArr& c = a;
+  EXPECT_TRUE(c[0].i() == 7 && std::string(c[1].str()) == "ab" && c.numVarType(VX_VAR_STRING) == 1u &&
+              c.longestStrLeng() == 5u && rep.reports.empty());
+  EXPECT_TRUE(isSink(c[2]) && rep.mentions("Index 2 not in [0,1]"));
+  StreamCapture out;
+  out.stream() << c;
+  EXPECT_EQ(out.text, "7ab");
 }

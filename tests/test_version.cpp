@@ -4,6 +4,7 @@
 
 #include "vx_file_test_support.h"
 #include "vx_test_support.h"
+#include "vx_test_var.h"
 
 namespace {
 
@@ -85,4 +86,13 @@ TEST(Version, PackedAndFileFormsAreTwelveLittleEndianBytes) {
   EXPECT_EQ((S{f.open(path.c_str(), VX_FILE_READ), back.restore(fmt, f, size), int(back.getMajor()), int(size),
                rep.mentions("fread() failed.")}),
             (S{VX_RET_TRUE, VX_RET_ERR_GEN, 7, 4, 1}));
+}
+
+// Under unpackFrom's bound the twelve bytes must all be there.
+TEST(Version, BoundedUnpackRefusesEveryCut) {
+  vxtest::CaptureReporter rep;
+  VX_Version v(1, 2, 3);
+  std::vector<char> block = vxtest::packed(v);
+  EXPECT_EQ(vxtest::unpackCuts<VX_Version>(block, [](VX_Version&) {}), vxtest::refusedWhenCut(12));
+  EXPECT_TRUE(rep.mentions("runs past the end"));
 }

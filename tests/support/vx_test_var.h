@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,29 @@ std::vector<char> packed(T& obj) {
   EXPECT_EQ(obj.pack(anyVersion(), block.data(), size, VX_STORAGE_BINARY), VX_RET_TRUE);
   EXPECT_EQ(size, block.size());
   return block;
+}
+
+// Unpacks `block` under unpackFrom's bound cut to every length from 0 to its whole size, each
+// cut copied into a heap block of exactly that many bytes (a read past it shows under the
+// sanitizer), into a fresh T that `prepare` sets up. The statuses, shortest cut first.
+template <class T, class Prepare>
+std::vector<int> unpackCuts(const std::vector<char>& block, Prepare prepare) {
+  std::vector<int> out;
+  for (std::size_t cut = 0; cut <= block.size(); ++cut) {
+    std::unique_ptr<char[]> exact(new char[cut]);
+    if (cut) std::memcpy(exact.get(), block.data(), cut);
+    T obj;
+    prepare(obj);
+    unsigned used = 0;
+    out.push_back(obj.unpackFrom(anyVersion(), exact.get(), static_cast<unsigned>(cut), used, VX_STORAGE_BINARY));
+  }
+  return out;
+}
+// What unpackCuts gives for a block of `n` bytes that is refused whenever it is cut short.
+inline std::vector<int> refusedWhenCut(std::size_t n) {
+  std::vector<int> want(n, VX_RET_ERR_ARG);
+  want.push_back(VX_RET_TRUE);
+  return want;
 }
 
 // A VX_OStream whose console handler appends every piece to `text`. One at a time.

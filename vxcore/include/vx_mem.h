@@ -65,7 +65,10 @@ inline void VX_deleteObject(T* obj) {
 }
 
 // VX_Memory: one owned, resizable heap block and its size, with an error flag that
-// remembers whether the last (re)allocation failed. Allocation failures are reported twice
+// remembers whether the last (re)allocation failed. memSize() is the size in use; the block
+// may hold spare room beyond it, which memExpand grows geometrically so that a block grown a
+// little at a time costs amortised constant time per byte (the spare room is never shown and
+// never cleared). Allocation failures are reported twice
 // ("VX_Memory allocation"/"VX_Memory reallocation" with "Memory error", then
 // VX_RET_ERR_MEM) and leave the documented state: a failed memGet leaves the block empty,
 // a failed memExpand keeps the old content. A constructor that cannot allocate leaves the
@@ -90,6 +93,11 @@ class VX_API VX_Memory : public VX_VorlaxeClass {
   VX_RET_STATUS memSet(void* block, unsigned size);
   VX_RET_STATUS memFree();
 
+ protected:
+  // memExpand without its reports: false, block and error flag as they were, when memory runs
+  // out. For callers whose failure is silent or reported their own way.
+  bool memGrow(unsigned size);
+
  private:
   void initDataMembers();
   void cleanupDataMembers();
@@ -98,6 +106,7 @@ class VX_API VX_Memory : public VX_VorlaxeClass {
   unsigned bufSize;
   unsigned char* buffer;
   unsigned char memError;
+  unsigned capacity;  // bytes the block can hold, at least bufSize
 };
 
 #endif

@@ -4,6 +4,7 @@
 
 #include "vx_globals.h"
 
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -13,6 +14,14 @@ class VX_FileBinary;
 
 // Text or binary form; all packing in the library uses VX_STORAGE_BINARY.
 enum VX_STORAGE_TYPE : int { VX_STORAGE_ASCII = 0, VX_STORAGE_BINARY = 1 };
+
+// The packed size no block can have. Packed sizes are summed with VX_packedSizeAdd, which
+// sticks at this value instead of wrapping, so a getPackedSize that answers it says "too large
+// for a block"; allocatePackBlock and the packs refuse it before anything is allocated or written.
+constexpr unsigned int VX_PACKED_SIZE_OVERFLOW = UINT_MAX;
+inline unsigned int VX_packedSizeAdd(unsigned int a, unsigned int b) {
+  return a > VX_PACKED_SIZE_OVERFLOW - b ? VX_PACKED_SIZE_OVERFLOW : a + b;
+}
 
 // VX_Persistable: abstract base of every class whose objects turn into bytes, packed into a
 // caller's buffer (pack/unpack) or written field by field into a binary file
@@ -29,7 +38,8 @@ class VX_API VX_Persistable {
   virtual VX_RET_STATUS restore(VX_Version& version, VX_FileBinary& file, unsigned int& size) = 0;
 
   // Allocates (malloc) a block of getPackedSize bytes into *block; *size, when given, gets
-  // that size. The caller frees the block.
+  // that size. The caller frees the block. A size of VX_PACKED_SIZE_OVERFLOW is refused
+  // (reported, VX_RET_ERR_MEM) without an allocation.
   VX_RET_STATUS allocatePackBlock(VX_Version& version, char** block, unsigned int* size, VX_STORAGE_TYPE storage);
   // Allocates and fills a block in one call. On a failure after the allocation the block stays
   // in *block for the caller to free. With `size` given, a fill that writes a different number
@@ -38,6 +48,8 @@ class VX_API VX_Persistable {
   // Unpacks from a block that holds exactly `avail` readable bytes: the virtual unpack runs with
   // a read bound, so a block whose contents claim more than it holds fails (VX_RET_ERR_ARG,
   // reported) instead of being read past. Every path that unpacks bytes from a file uses it.
+  // What is unpacked under the bound never points into `buffer`: a plain pointer variant
+  // reads back null there, since such a block is normally released right after.
   VX_RET_STATUS unpackFrom(VX_Version& version, const char* buffer, unsigned int avail, unsigned int& size,
                            VX_STORAGE_TYPE storage);
 

@@ -12,7 +12,9 @@
 // and the empty text (a one-byte block holding the NUL). The length is the block size
 // minus one. Constructors that cannot allocate leave the string disabled; operations on a
 // disabled string report VX_RET_ERR_POBJ, except comparison and concatenation, which answer
-// quietly. Assignment and concatenation fall back silently when memory runs out.
+// quietly. Assignment and concatenation fall back silently when memory runs out. Appending
+// (+=, strIns at the end) grows the block in place with spare room, amortised O(1) per
+// character.
 class VX_API VX_String : public VX_Memory, public VX_Persistable {
  public:
   VX_String(const char* text = nullptr);
@@ -65,6 +67,9 @@ class VX_API VX_String : public VX_Memory, public VX_Persistable {
   // Three-way null-aware comparison with `text`; false in `comparable` when disabled.
   int compareText(const char* text, bool& comparable) const;
   static VX_String disabledString();
+  // Puts `n` characters at `text` before character `pos` (at most the length); false, string
+  // unchanged and nothing reported, when memory runs out or the length would pass its limit.
+  bool spliceText(unsigned pos, const char* text, std::size_t n);
 
   unsigned char enabled;
 };

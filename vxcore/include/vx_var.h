@@ -175,7 +175,12 @@ class VX_API VX_Var : public VX_Persistable {
   VX_Var operator/(const VX_Var& other) const;
 
   // Packed form: alias code (4), maximum string length (4), lock (1), then the value by
-  // kind. Only VX_STORAGE_BINARY is implemented.
+  // kind. Only VX_STORAGE_BINARY is implemented. A string restored from a file holds a buffer
+  // of its text's size, not of its maximum length (the file form carries no padding to pay
+  // for it); the next assignment sizes it to the maximum again. Under unpackFrom's bound a
+  // plain pointer unpacks as null.
+  static constexpr unsigned packedHeaderSize = 9;
+  using VX_Persistable::pack;
   VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
   unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) override;
   VX_RET_STATUS unpack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
@@ -216,7 +221,9 @@ class VX_API VX_Var : public VX_Persistable {
   // Writes that refuse or fail leave the variant as it was. The assign forms obey the lock,
   // the store forms are the writes themselves.
   VX_RET_STATUS assignStr(const char* text);
-  VX_RET_STATUS storeText(const char* text, int32_t max);
+  VX_RET_STATUS storeText(const char* text, int32_t max, bool fitted = false);
+  // VX_RET_ERR_ARG, reported, for a maximum string length beyond VX_VAR_STRLENG_LIMIT.
+  static VX_RET_STATUS checkStrLengMax(int max);
   VX_RET_STATUS assignPtr(void* p);
   VX_RET_STATUS storePtr(void* p, VX_ClassVarOpHandler handler);
   VX_RET_STATUS assignFrom(const VX_Var& other);

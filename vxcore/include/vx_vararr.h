@@ -42,12 +42,14 @@ class VX_API VX_VarArr : public VX_Array<VX_Var>, public VX_Persistable {
   VX_VarArr& operator=(const VX_VarArr& other);
 
   VX_Var& operator[](unsigned int index) override;
+  // Reading needs no cursor, so a const array answers too (same checks and reports).
+  const VX_Var& operator[](unsigned int index) const;
   unsigned char objIsEnabled() const override { return enabled; }
 
-  unsigned numVarType(VX_VAR_TYPE t);
+  unsigned numVarType(VX_VAR_TYPE t) const;
   // The largest text-buffer need (with the NUL) among the string elements. A string element
   // without text repeats the need of the one before it, as it always has.
-  unsigned longestStrLeng();
+  unsigned longestStrLeng() const;
   // Inserts copies of all elements of `other` at `index` (clamped to the last position).
   VX_RET_STATUS insArr(VX_INS_METHOD method, unsigned index, VX_VarArr& other);
 
@@ -61,7 +63,10 @@ class VX_API VX_VarArr : public VX_Array<VX_Var>, public VX_Persistable {
   unsigned char operator>(const VX_VarArr& other) const { return arrComp(other) > 0; }
   unsigned char operator>=(const VX_VarArr& other) const { return arrComp(other) >= 0; }
 
-  // Packed form: a 32-bit element count, then each element's packed variant.
+  // Packed form: a 32-bit element count, then each element's packed variant. The packed size
+  // sticks at VX_PACKED_SIZE_OVERFLOW when the elements' sizes sum past 32 bits; packing
+  // such an array is refused (VX_RET_ERR_MEM, reported) before anything is allocated.
+  using VX_Persistable::pack;
   VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
   unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) override;
   VX_RET_STATUS unpack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
@@ -81,6 +86,6 @@ class VX_API VX_VarArr : public VX_Array<VX_Var>, public VX_Persistable {
   unsigned char enabled;
 };
 
-VX_API VX_OStream& operator<<(VX_OStream& stream, VX_VarArr& arr);
+VX_API VX_OStream& operator<<(VX_OStream& stream, const VX_VarArr& arr);
 
 #endif

@@ -26,7 +26,7 @@ struct VX_FileStreamShare {
 
 namespace {
 
-enum : unsigned { TextWorkSize = 1024, SearchChunk = 4096, PackSlack = 8 };
+enum : unsigned { TextWorkSize = 1024, SearchChunk = 4096 };
 
 // scan(VX_String&) reads through this one buffer ("%1024s" and its terminator).
 char scanWorkBuffer[TextWorkSize + 1];
@@ -344,8 +344,10 @@ VX_RET_STATUS VX_File::writeObject(VX_Persistable& obj) {
 
 // Memory is allocated for the block only when the file still holds that many bytes, so a size
 // taken from damaged data cannot ask for more memory than the file has; too few bytes (none at
-// or past the end) fail as the short read would. A zeroed tail after the block keeps a text
-// inside it terminated for unpack.
+// or past the end) fail as the short read would. The block is unpacked under its own bound, so
+// contents that claim more than the block holds fail instead of being read past. A size of 0
+// transfers nothing: to a record file a zero-size transfer means a whole record, which an
+// empty block cannot take.
 VX_RET_STATUS VX_File::readObject(VX_Persistable& obj, unsigned int size, bool sizeGiven) {
   if (!sizeGiven) size = obj.getPackedSize(VX_systemVersionRead, VX_STORAGE_BINARY);
   long left = bytesLeft();
@@ -354,12 +356,12 @@ VX_RET_STATUS VX_File::readObject(VX_Persistable& obj, unsigned int size, bool s
     VX_REPORT_ERROR("read()", "fread() failed.");
     return VX_RET_ERR_GEN;
   }
-  char* block = static_cast<char*>(VX_calloc(static_cast<std::size_t>(size) + PackSlack, 1));
+  char* block = static_cast<char*>(VX_malloc(size ? size : 1));
   if (!block) return VX_FAIL(VX_RET_ERR_MEM);
-  VX_RET_STATUS st = read(block, size, 1);
+  VX_RET_STATUS st = size ? read(block, size, 1) : VX_RET_TRUE;
   if (st <= 2) {
     unsigned int used = 0;
-    st = obj.unpack(VX_systemVersionRead, block, used, VX_STORAGE_BINARY);
+    st = obj.unpackFrom(VX_systemVersionRead, block, size, used, VX_STORAGE_BINARY);
   }
   VX_free(block);
   return st;

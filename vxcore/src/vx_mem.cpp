@@ -4,6 +4,8 @@
 #include "vx_mem.h"
 #include "vx_report.h"
 
+#include <climits>
+
 #ifdef VX_ALLOC_FAULTS
 namespace {
 // Successful allocations still allowed before the one that fails; -1 when disarmed.
@@ -63,12 +65,14 @@ void VX_Memory::initDataMembers() {
   bufSize = 0;
   buffer = nullptr;
   memError = 0;
+  capacity = 0;
 }
 
 void VX_Memory::cleanupDataMembers() {
   VX_free(buffer);
   buffer = nullptr;
   bufSize = 0;
+  capacity = 0;
   enabled = 0;
 }
 
@@ -93,27 +97,39 @@ VX_RET_STATUS VX_Memory::memGet(unsigned size) {
     VX_REPORT_ERROR("VX_Memory allocation", VX_msg(0, 1));
     return VX_FAIL(VX_RET_ERR_MEM);
   }
-  bufSize = size;
+  bufSize = capacity = size;
   return VX_RET_TRUE;
+}
+
+// Room for `size` bytes: within the spare room nothing moves; beyond it the block is
+// reallocated to at least twice its room (bounded by what an unsigned size can say), so that
+// repeated small growth is amortised.
+bool VX_Memory::memGrow(unsigned size) {
+  if (size <= capacity) {
+    if (size > bufSize) bufSize = size;
+    memError = 0;
+    return true;
+  }
+  unsigned room = capacity > UINT_MAX / 2 ? UINT_MAX : 2 * capacity;
+  if (room < size) room = size;
+  void* grown = VX_realloc(buffer, room);
+  if (!grown) return false;
+  buffer = static_cast<unsigned char*>(grown);
+  capacity = room;
+  bufSize = size;
+  memError = 0;
+  return true;
 }
 
 VX_RET_STATUS VX_Memory::memExpand(unsigned size) {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   if (size < bufSize) return VX_RET_TRUE;
-  if (size == 0) {  // nothing held and nothing asked: realloc(null, 0) would prove nothing
-    memError = 0;
-    return VX_RET_TRUE;
-  }
-  void* grown = VX_realloc(buffer, size);
-  if (!grown) {
+  if (!memGrow(size)) {
     memError = 1;
     VX_REPORT_ERROR("VX_Memory reallocation", VX_msg(0, 1));
     return VX_FAIL(VX_RET_ERR_MEM);
   }
-  buffer = static_cast<unsigned char*>(grown);
-  bufSize = size;
-  memError = 0;
   return VX_RET_TRUE;
 }
 
@@ -129,7 +145,7 @@ VX_RET_STATUS VX_Memory::memCopy(const void* src, unsigned size) {
     memFree();
     memSet(copy.buffer, copy.bufSize);
     copy.buffer = nullptr;
-    copy.bufSize = 0;
+    copy.bufSize = copy.capacity = 0;
     return VX_RET_TRUE;
   }
   if (!from || size != bufSize) {
@@ -150,7 +166,7 @@ VX_RET_STATUS VX_Memory::memSet(void* block, unsigned size) {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   buffer = static_cast<unsigned char*>(block);
-  bufSize = size;
+  bufSize = capacity = size;
   memError = 0;
   return VX_RET_TRUE;
 }
@@ -160,7 +176,7 @@ VX_RET_STATUS VX_Memory::memFree() {
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   VX_free(buffer);
   buffer = nullptr;
-  bufSize = 0;
+  bufSize = capacity = 0;
   memError = 0;
   return VX_RET_TRUE;
 }

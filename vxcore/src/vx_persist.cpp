@@ -21,6 +21,8 @@ VX_RET_STATUS VX_Persistable::allocatePackBlock(VX_Version& version, char** bloc
   if (!block) return VX_FAIL(VX_RET_ERR_ARG);
   *block = nullptr;
   unsigned int packedSize = getPackedSize(version, storage);
+  VX_RET_STATUS st = VX_packedSizeCheck(packedSize, "VX_Persistable allocate pack block");
+  if (st > 2) return st;
   // A zero-byte request is made as it stands; an allocator that answers it with null is
   // treated like any other failed allocation.
   char* allocated = static_cast<char*>(VX_malloc(packedSize));
@@ -67,6 +69,14 @@ std::size_t VX_unpackAvail(const char* at) {
   if (!tBoundEnd) return SIZE_MAX;
   if (at < tBoundBegin || at > tBoundEnd) return 0;
   return static_cast<std::size_t>(tBoundEnd - at);
+}
+
+bool VX_unpackBounded() { return tBoundEnd != nullptr; }
+
+VX_RET_STATUS VX_packedSizeCheck(unsigned int size, const char* func) {
+  if (size != VX_PACKED_SIZE_OVERFLOW) return VX_RET_TRUE;
+  VX_REPORT_ERROR(func, "Packed size beyond %u bytes", VX_PACKED_SIZE_OVERFLOW - 1);
+  return VX_RET_ERR_MEM;
 }
 
 std::size_t VX_unpackTextLength(const char* at) {

@@ -9,6 +9,7 @@
 #include "vx_file.h"
 #include "vx_report.h"
 #include "vx_strjoin.h"
+#include "vx_unpack.h"
 
 VX_String::VX_String(const char* text) : VX_Memory(0) {
   VX_setUserError(0);
@@ -141,14 +142,39 @@ VX_String operator+(const char* text, const VX_String& str) {
 
 VX_String& VX_String::operator+=(const VX_String& other) {
   VX_setUserError(0);
-  if (!enabled) return *this;
-  return *this = *this + other;
+  if (!enabled || !other.enabled || !other.chars()) return *this;
+  spliceText(strLeng(), other.chars(), other.memSize() - 1);
+  return *this;
 }
 
+// A failure leaves the string as it was, silently, as a failed concatenation does.
 VX_String& VX_String::operator+=(const char* text) {
   VX_setUserError(0);
   if (!enabled || !text) return *this;
-  return *this = *this + text;
+  spliceText(strLeng(), text, std::strlen(text));
+  return *this;
+}
+
+// In place: the block grows into its spare room (VX_Memory grows it geometrically when it has to
+// move), so repeated appends cost amortised constant time per character. A text that lies in
+// this string's own block is joined into a fresh block instead, since growing may move it.
+bool VX_String::spliceText(unsigned pos, const char* text, std::size_t n) {
+  const char* old = chars();
+  unsigned length = old ? memSize() - 1 : 0;
+  if (n > VX_TEXT_LENGTH_MAX - length) return false;
+  if (old && text >= old && text <= old + length) {
+    char* joined = VX_joinText(old, pos, text, n, old + pos, length - pos);
+    if (!joined) return false;
+    memFree();
+    memSet(joined, static_cast<unsigned>(length + n + 1));
+    return true;
+  }
+  if (!memGrow(static_cast<unsigned>(length + n + 1))) return false;
+  char* buf = static_cast<char*>(memPtr());
+  if (!old) buf[0] = '\0';  // a null string grows from the empty text
+  std::memmove(buf + pos + n, buf + pos, length - pos + 1);
+  std::memcpy(buf + pos, text, n);
+  return true;
 }
 
 VX_RET_STATUS VX_String::strIns(unsigned pos, const char* text) {
@@ -156,14 +182,8 @@ VX_RET_STATUS VX_String::strIns(unsigned pos, const char* text) {
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   if (!text) return VX_RET_TRUE;
   unsigned length = strLeng();
-  std::size_t insLength = std::strlen(text);
   if (pos > length) pos = length;  // past the end appends
-  // Built before the old block goes, so `text` may lie in this string.
-  const char* old = chars();
-  char* joined = VX_joinText(old, pos, text, insLength, old ? old + pos : nullptr, length - pos);
-  if (!joined) return VX_FAIL(VX_RET_ERR_MEM);
-  memFree();
-  memSet(joined, static_cast<unsigned>(length + insLength + 1));
+  if (!spliceText(pos, text, std::strlen(text))) return VX_FAIL(VX_RET_ERR_MEM);
   return VX_RET_TRUE;
 }
 
@@ -241,7 +261,7 @@ unsigned int VX_String::getPackedSize(VX_Version&, VX_STORAGE_TYPE storage) {
     VX_REPORT_STATUS(VX_RET_ERR_ARG);
     return 0;
   }
-  return chars() ? strLeng() + 5 : 4;
+  return chars() ? VX_packedSizeAdd(strLeng(), 5) : 4;
 }
 
 VX_RET_STATUS VX_String::pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
@@ -249,6 +269,8 @@ VX_RET_STATUS VX_String::pack(VX_Version& version, char* buffer, unsigned int& s
   size = 0;
   if (!buffer || storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_ARG);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  VX_RET_STATUS st = VX_packedSizeCheck(getPackedSize(version, storage), "VX_String pack");
+  if (st > 2) return st;
   uint32_t count = memSize();
   VX_putLE(buffer, count);
   if (count) std::memcpy(buffer + 4, chars(), count);
@@ -257,12 +279,14 @@ VX_RET_STATUS VX_String::pack(VX_Version& version, char* buffer, unsigned int& s
 }
 
 // Reads stop at the NUL or after `count` bytes, whichever comes first; `count` is trusted as
-// the field's extent. A count whose extent 4 + count no unsigned can hold is refused.
+// the field's extent, as far as the read bound reaches. A count whose extent 4 + count no
+// unsigned can hold is refused.
 VX_RET_STATUS VX_String::unpack(VX_Version&, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
   VX_setUserError(0);
   size = 0;
   if (!buffer || storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_ARG);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!VX_unpackHas(buffer, 4)) return VX_UNPACK_SHORT("VX_String unpack", "count");
   uint32_t count = VX_getLE<uint32_t>(buffer);
   if (count > UINT_MAX - 4) return VX_FAIL(VX_RET_ERR_ARG);
   size = 4;
@@ -271,6 +295,7 @@ VX_RET_STATUS VX_String::unpack(VX_Version&, char* buffer, unsigned int& size, V
     return VX_RET_TRUE;
   }
   const char* text = buffer + 4;
+  if (!VX_unpackHas(text, count)) return VX_UNPACK_SHORT("VX_String unpack", "text");
   unsigned length = static_cast<unsigned>(strnlen(text, count));
   char* copy = static_cast<char*>(VX_malloc(length + 1));
   if (!copy) return VX_FAIL(VX_RET_ERR_MEM);

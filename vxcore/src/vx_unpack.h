@@ -8,6 +8,8 @@
 
 #include <cstddef>
 
+#include "vx_globals.h"
+
 // True when `n` bytes starting at `at` may be read. Reading past the active bound is refused by
 // the caller with VX_RET_ERR_ARG (reported where it is found).
 bool VX_unpackHas(const char* at, std::size_t n);
@@ -17,5 +19,18 @@ std::size_t VX_unpackAvail(const char* at);
 
 // Length of the zero-terminated text at `at`, or SIZE_MAX when its terminator lies past the bound.
 std::size_t VX_unpackTextLength(const char* at);
+
+// True while unpackFrom's bound is active: the block is the reader's, so nothing unpacked may
+// keep its address.
+bool VX_unpackBounded();
+
+// Reports, under `func`, a field that runs past the bound and yields VX_RET_ERR_ARG:
+// `return VX_UNPACK_SHORT("VX_Var unpack", "value");` (needs vx_report.h).
+#define VX_UNPACK_SHORT(func, what) \
+  (VX_REPORT_ERROR((func), "Packed %s runs past the end of its block", (what)), VX_RET_ERR_ARG)
+
+// VX_RET_TRUE for a packed size a block can have; VX_PACKED_SIZE_OVERFLOW is reported (under
+// `func`) and gives VX_RET_ERR_MEM.
+VX_RET_STATUS VX_packedSizeCheck(unsigned int size, const char* func);
 
 #endif

@@ -12,6 +12,7 @@
 #include "vx_report.h"
 #include "vx_strbase.h"
 #include "vx_strjoin.h"
+#include "vx_unpack.h"
 
 namespace {
 
@@ -217,12 +218,15 @@ VX_RET_STATUS VX_Var::setStrLengMax(int max) {
     strLengMax = -1;
     return VX_RET_TRUE;
   }
-  if (max > VX_VAR_STRLENG_LIMIT) {
-    VX_REPORT_ERROR("VX_Var set maximum string length", "Maximum string length %d not in [0,%d]", max,
-                    static_cast<int>(VX_VAR_STRLENG_LIMIT));
-    return VX_RET_ERR_ARG;
-  }
-  return storeText(value.str, max);
+  VX_RET_STATUS st = checkStrLengMax(max);
+  return st > 2 ? st : storeText(value.str, max);
+}
+
+VX_RET_STATUS VX_Var::checkStrLengMax(int max) {
+  if (max <= VX_VAR_STRLENG_LIMIT) return VX_RET_TRUE;
+  VX_REPORT_ERROR("VX_Var set maximum string length", "Maximum string length %d not in [0,%d]", max,
+                  static_cast<int>(VX_VAR_STRLENG_LIMIT));
+  return VX_RET_ERR_ARG;
 }
 
 template <class V>
@@ -338,9 +342,11 @@ VX_RET_STATUS VX_Var::get(char** dst) const {
   *dst = nullptr;
   if (!usable()) return VX_RET_ERR_POBJ;
   if (type != VX_VAR_STRING) return VX_FAIL(VX_RET_ERR_ARG);
-  char* copy = static_cast<char*>(VX_malloc(strCapacity + 1));
+  // Room for the maximum length even when the text was restored at its own size.
+  size_t room = strLengMax > 0 && static_cast<uint32_t>(strLengMax) > strCapacity ? strLengMax : strCapacity;
+  char* copy = static_cast<char*>(VX_malloc(room + 1));
   if (!copy) return VX_FAIL(VX_RET_ERR_MEM);
-  std::memset(copy, 0, strCapacity + 1);
+  std::memset(copy, 0, room + 1);
   if (value.str) std::strcpy(copy, value.str);
   *dst = copy;
   return VX_RET_TRUE;
@@ -402,12 +408,14 @@ VX_RET_STATUS VX_Var::assignStr(const char* text) {
 }
 
 // The text buffer is sized to `max` when it is 0 or more (the text cut to it), else to the
-// text. The new buffer is filled before the old value goes, so `text` may lie in the variant's
-// own text or object, and a failed allocation leaves the variant as it was. With a maximum
-// length the source is never read beyond it.
-VX_RET_STATUS VX_Var::storeText(const char* text, int32_t max) {
+// text; `fitted` sizes it to the (cut) text in either case. The new buffer is filled before the
+// old value goes, so `text` may lie in the variant's own text or object, and a failed
+// allocation leaves the variant as it was. With a maximum length the source is never read
+// beyond it.
+VX_RET_STATUS VX_Var::storeText(const char* text, int32_t max, bool fitted) {
   size_t need = max >= 0 ? static_cast<size_t>(max) : (text ? std::strlen(text) : 0);
   size_t length = text ? strnlen(text, need) : 0;
+  if (fitted) need = length;
   if (type == VX_VAR_STRING && value.str && need == strCapacity) {
     std::memmove(value.str, text ? text : "", length);
     value.str[length] = '\0';
@@ -739,8 +747,6 @@ VX_RET_STATUS VX_Var::packedValueSize(VX_STORAGE_TYPE storage, unsigned& n) {
   return st;
 }
 
-enum : unsigned { VX_VAR_HEADER_SIZE = 9 };
-
 unsigned int VX_Var::getPackedSize(VX_Version&, VX_STORAGE_TYPE storage) {
   VX_setUserError(0);
   if (!usable()) return 0;
@@ -750,7 +756,7 @@ unsigned int VX_Var::getPackedSize(VX_Version&, VX_STORAGE_TYPE storage) {
   }
   unsigned n = 0;
   packedValueSize(storage, n);  // an object of unknown size counts as 0 bytes
-  return VX_VAR_HEADER_SIZE + n;
+  return VX_packedSizeAdd(packedHeaderSize, n);
 }
 
 VX_RET_STATUS VX_Var::pack(VX_Version&, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
@@ -763,14 +769,15 @@ VX_RET_STATUS VX_Var::pack(VX_Version&, char* buffer, unsigned int& size, VX_STO
   unsigned n = 0;
   VX_RET_STATUS st = packedValueSize(storage, n);
   if (st > 2) return st;
-  unsigned total = VX_VAR_HEADER_SIZE + n;
+  unsigned total = VX_packedSizeAdd(packedHeaderSize, n);
+  if ((st = VX_packedSizeCheck(total, "VX_Var pack")) > 2) return st;
   VX_putLE<int32_t>(buffer, VX_varType2Alias(type));
   VX_putLE<int32_t>(buffer + 4, type == VX_VAR_STRING ? strLengMax : -1);
   buffer[8] = static_cast<char>(lockVarType);
-  char* field = buffer + VX_VAR_HEADER_SIZE;
+  char* field = buffer + packedHeaderSize;
   if (!visitScalar(type, value, [field](auto& v) { VX_putLE(field, v); })) {
     if (type == VX_VAR_STRING) {
-      std::memset(field, 0, total - VX_VAR_HEADER_SIZE);
+      std::memset(field, 0, total - packedHeaderSize);
       if (value.str) std::memcpy(field, value.str, std::strlen(value.str));
     } else if (type == VX_VAR_PTR && classVarOp) {
       st = classVarOp(VX_CLASS_VAR_PACK, value.ptr, field, storage);
@@ -785,25 +792,36 @@ VX_RET_STATUS VX_Var::pack(VX_Version&, char* buffer, unsigned int& size, VX_STO
 }
 
 // The header is applied before the storage type is looked at. Only a maximum length makes
-// the text field's extent known; without one the text runs to its NUL.
+// the text field's extent known; without one the text runs to its NUL. Under unpackFrom's bound
+// every field is checked to lie inside the block before it is read or sized from, and a plain
+// pointer reads back null rather than the address of a block its reader releases.
 VX_RET_STATUS VX_Var::unpack(VX_Version&, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
   VX_setUserError(0);
   size = 0;
   if (!usable()) return VX_RET_ERR_POBJ;
   if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
+  const char* label = "VX_Var unpack";
+  if (!VX_unpackHas(buffer, packedHeaderSize)) return VX_UNPACK_SHORT(label, "header");
   VX_RET_STATUS st = set(VX_varAlias2Type(VX_getLE<int32_t>(buffer)), nullptr);
   if (st > 2) return st;
   size = 4;
-  st = setStrLengMax(VX_getLE<int32_t>(buffer + 4));
+  char* field = buffer + packedHeaderSize;
+  int32_t max = VX_getLE<int32_t>(buffer + 4);
+  if (type == VX_VAR_STRING && max >= 0 && max <= VX_VAR_STRLENG_LIMIT &&
+      !VX_unpackHas(field, static_cast<size_t>(max) + 1))
+    return VX_UNPACK_SHORT(label, "text");
+  st = setStrLengMax(max);
   if (st > 2) return st;
   size = 8;
   setLockVarType(static_cast<unsigned char>(buffer[8]));
-  size = VX_VAR_HEADER_SIZE;
+  size = packedHeaderSize;
   if (storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_NIMP);
-  char* field = buffer + VX_VAR_HEADER_SIZE;
+  unsigned width = type == VX_VAR_PTR && !classVarOp ? 4 : valueSize(type);
+  if (!VX_unpackHas(field, width)) return VX_UNPACK_SHORT(label, "value");
   if (visitScalar(type, value, [field](auto& v) { v = VX_getLE<std::decay_t<decltype(v)>>(field); })) {
-    size += valueSize(type);
+    size += width;
   } else if (type == VX_VAR_STRING) {
+    if (strLengMax < 0 && VX_unpackTextLength(field) == SIZE_MAX) return VX_UNPACK_SHORT(label, "text");
     st = assignStr(field);
     if (st > 2) return st;
     size += strLengMax >= 0 ? static_cast<unsigned>(strLengMax) + 1 : static_cast<unsigned>(std::strlen(field)) + 1;
@@ -811,10 +829,12 @@ VX_RET_STATUS VX_Var::unpack(VX_Version&, char* buffer, unsigned int& size, VX_S
     unsigned consumed = 0;
     st = classVarOp(VX_CLASS_VAR_UNPACK, value.ptr, field, &consumed, storage);
     if (st > 2) return st;
+    // The handler cannot see the bound; what it claims to have read is checked afterwards.
+    if (!VX_unpackHas(field, consumed)) return VX_UNPACK_SHORT(label, "object");
     size += consumed;
   } else if (type == VX_VAR_PTR) {
     // The value is where the field lies in the block; the four bytes are not read.
-    value.ptr = field;
+    value.ptr = VX_unpackBounded() ? nullptr : field;
     size += 4;
   }
   return VX_RET_TRUE;
@@ -889,7 +909,10 @@ VX_RET_STATUS VX_Var::restore(VX_Version&, VX_FileBinary& file, unsigned int& si
   unsigned char lock = 0;
   VX_RET_STATUS st = get(alias);
   if (st > 2 || (st = set(VX_varAlias2Type(alias), nullptr)) > 2) return st;
-  if ((st = get(max)) > 2 || (st = setStrLengMax(max)) > 2) return st;
+  // A string's maximum length is only checked here: its text is stored at the size the file
+  // gives it, so that a claimed maximum allocates nothing the file does not hold.
+  if ((st = get(max)) > 2) return st;
+  if ((st = type == VX_VAR_STRING ? checkStrLengMax(max) : setStrLengMax(max)) > 2) return st;
   if ((st = get(lock)) > 2) return st;
   setLockVarType(lock);
   if (visitScalar(type, value, [&](auto& v) { st = get(v); })) return st;
@@ -897,7 +920,7 @@ VX_RET_STATUS VX_Var::restore(VX_Version&, VX_FileBinary& file, unsigned int& si
     char* text = nullptr;
     st = file.restoreVal(&text, n);
     size += n;
-    if (st <= 2) st = assignStr(text);
+    if (st <= 2) st = storeText(text, max < 0 ? -1 : max, true);
     VX_free(text);
     return st;
   }

@@ -8,6 +8,7 @@
 
 #include "vx_file.h"
 #include "vx_report.h"
+#include "vx_unpack.h"
 
 template class VX_Container<VX_Var>;
 template class VX_OrdContainer<VX_Var>;
@@ -116,6 +117,10 @@ bool VX_VarArr::usable() const {
 }
 
 VX_Var& VX_VarArr::operator[](unsigned int index) {
+  return const_cast<VX_Var&>(static_cast<const VX_VarArr&>(*this)[index]);
+}
+
+const VX_Var& VX_VarArr::operator[](unsigned int index) const {
   VX_setUserError(0);
   if (!usable()) return VX_nullRef<VX_Var>();
   if (index >= numElems()) {
@@ -126,7 +131,7 @@ VX_Var& VX_VarArr::operator[](unsigned int index) {
   return at(index);
 }
 
-unsigned VX_VarArr::numVarType(VX_VAR_TYPE t) {
+unsigned VX_VarArr::numVarType(VX_VAR_TYPE t) const {
   VX_setUserError(0);
   if (!usable()) return 0;
   unsigned n = 0;
@@ -134,7 +139,7 @@ unsigned VX_VarArr::numVarType(VX_VAR_TYPE t) {
   return n;
 }
 
-unsigned VX_VarArr::longestStrLeng() {
+unsigned VX_VarArr::longestStrLeng() const {
   VX_setUserError(0);
   if (!usable()) return 0;
   unsigned longest = 0, need = 0;
@@ -176,7 +181,7 @@ int VX_VarArr::arrComp(const VX_VarArr& other) const {
   return 0;
 }
 
-VX_OStream& operator<<(VX_OStream& stream, VX_VarArr& arr) {
+VX_OStream& operator<<(VX_OStream& stream, const VX_VarArr& arr) {
   VX_setUserError(0);
   if (!arr.objIsEnabled()) {
     VX_REPORT_STATUS(VX_RET_ERR_POBJ);
@@ -194,7 +199,7 @@ unsigned int VX_VarArr::getPackedSize(VX_Version& version, VX_STORAGE_TYPE stora
     return 0;
   }
   unsigned size = 4;
-  for (unsigned k = 0; k < numElems(); ++k) size += at(k).getPackedSize(version, storage);
+  for (unsigned k = 0; k < numElems(); ++k) size = VX_packedSizeAdd(size, at(k).getPackedSize(version, storage));
   return size;
 }
 
@@ -204,11 +209,14 @@ VX_RET_STATUS VX_VarArr::pack(VX_Version& version, char* buffer, unsigned int& s
   if (!usable()) return VX_RET_ERR_POBJ;
   if (storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_NIMP);
   if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
+  // Refused before a byte is written: a size past what an unsigned says has no block.
+  VX_RET_STATUS st = VX_packedSizeCheck(getPackedSize(version, storage), "VX_VarArr pack");
+  if (st > 2) return st;
   VX_putLE<uint32_t>(buffer, numElems());
   unsigned offset = 4;
   for (unsigned k = 0; k < numElems(); ++k) {
     unsigned n = 0;
-    VX_RET_STATUS st = at(k).pack(version, buffer + offset, n, storage);
+    st = at(k).pack(version, buffer + offset, n, storage);
     if (st > 2) return st;
     offset += n;
   }
@@ -223,18 +231,25 @@ VX_RET_STATUS VX_VarArr::rebuild(unsigned count) {
   return insElems(VX_INS_BEFORE, 0, count);
 }
 
-// The count comes from the block and is bounded before anything is made for it; an element
-// that fails stops the reading, and the elements read before it stay.
+// The count comes from the block and is bounded before anything is made for it: by the limit,
+// and under unpackFrom's bound by the bytes there (each element takes at least its header); an
+// element that fails stops the reading, and the elements read before it stay.
 VX_RET_STATUS VX_VarArr::unpack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
   VX_setUserError(0);
   size = 0;
   if (!usable()) return VX_RET_ERR_POBJ;
   if (storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_NIMP);
   if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
+  if (!VX_unpackHas(buffer, 4)) return VX_UNPACK_SHORT("VX_VarArr unpack", "element count");
   uint32_t count = VX_getLE<uint32_t>(buffer);
   if (count > VX_VARARR_UNPACK_LIMIT) {
     VX_REPORT_ERROR("VX_VarArr unpack", "Element count %u not in [0,%u]", count,
                     static_cast<unsigned>(VX_VARARR_UNPACK_LIMIT));
+    return VX_RET_ERR_ARG;
+  }
+  if (count > VX_unpackAvail(buffer + 4) / VX_Var::packedHeaderSize) {
+    VX_REPORT_ERROR("VX_VarArr unpack", "Element count %u but %zu bytes in the block", count,
+                    VX_unpackAvail(buffer + 4));
     return VX_RET_ERR_ARG;
   }
   VX_RET_STATUS st = rebuild(count);
@@ -278,7 +293,7 @@ VX_RET_STATUS VX_VarArr::restore(VX_Version& version, VX_FileBinary& file, unsig
   size += n;
   if (st > 2) return st;
   long left = file.length() - file.tell();
-  if (left < 0 || count > static_cast<unsigned long>(left) / 9) {
+  if (left < 0 || count > static_cast<unsigned long>(left) / VX_Var::packedHeaderSize) {
     VX_REPORT_ERROR("VX_VarArr restore", "Element count %u but %ld bytes left in the file", count, left);
     return VX_RET_ERR_FILE;
   }

@@ -10,6 +10,7 @@
 #include "vx_file.h"
 #include "vx_mem.h"
 #include "vx_report.h"
+#include "vx_unpack.h"
 
 VX_Version VX_systemVersionRead;
 VX_Version VX_systemVersionWrite;
@@ -162,6 +163,7 @@ VX_RET_STATUS VX_Version::unpack(VX_Version&, char* buffer, unsigned int& size, 
   VX_setUserError(0);
   size = 0;
   if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
+  if (!VX_unpackHas(buffer, 12)) return VX_UNPACK_SHORT("VX_Version unpack", "version");
   set(static_cast<uint32_t>(VX_getLE(buffer, 4)), static_cast<uint32_t>(VX_getLE(buffer + 4, 4)),
       static_cast<uint32_t>(VX_getLE(buffer + 8, 4)));
   size = 12;
