@@ -71,6 +71,16 @@ std::size_t VX_unpackAvail(const char* at) {
   return static_cast<std::size_t>(tBoundEnd - at);
 }
 
+VX_UnpackBound::VX_UnpackBound(const char* begin, std::size_t n) : outerBegin(tBoundBegin), outerEnd(tBoundEnd) {
+  tBoundBegin = begin;
+  tBoundEnd = begin + n;
+}
+
+VX_UnpackBound::~VX_UnpackBound() {
+  tBoundBegin = outerBegin;
+  tBoundEnd = outerEnd;
+}
+
 bool VX_unpackBounded() { return tBoundEnd != nullptr; }
 
 VX_RET_STATUS VX_packedSizeCheck(unsigned int size, const char* func) {
@@ -91,14 +101,8 @@ VX_RET_STATUS VX_Persistable::unpackFrom(VX_Version& version, const char* buffer
   VX_setUserError(0);
   size = 0;
   if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
-  // Nested calls narrow the bound and put the outer one back.
-  const char* outerBegin = tBoundBegin;
-  const char* outerEnd = tBoundEnd;
-  tBoundBegin = buffer;
-  tBoundEnd = buffer + avail;
+  VX_UnpackBound bound(buffer, avail);  // nested calls narrow it and put the outer one back
   VX_RET_STATUS st = unpack(version, const_cast<char*>(buffer), size, storage);
-  tBoundBegin = outerBegin;
-  tBoundEnd = outerEnd;
   return st;
 }
 

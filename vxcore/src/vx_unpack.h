@@ -20,6 +20,21 @@ std::size_t VX_unpackAvail(const char* at);
 // Length of the zero-terminated text at `at`, or SIZE_MAX when its terminator lies past the bound.
 std::size_t VX_unpackTextLength(const char* at);
 
+// Makes [begin, begin + n) the read bound for its lifetime and puts the outer bound back after
+// (VX_Persistable::unpackFrom is built on it). For the library's own unpacks of blocks it holds,
+// such as a handler's object read from a file.
+class VX_UnpackBound {
+ public:
+  VX_UnpackBound(const char* begin, std::size_t n);
+  ~VX_UnpackBound();
+  VX_UnpackBound(const VX_UnpackBound&) = delete;
+  VX_UnpackBound& operator=(const VX_UnpackBound&) = delete;
+
+ private:
+  const char* outerBegin;
+  const char* outerEnd;
+};
+
 // True while unpackFrom's bound is active: the block is the reader's, so nothing unpacked may
 // keep its address.
 bool VX_unpackBounded();

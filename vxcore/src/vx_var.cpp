@@ -939,7 +939,9 @@ VX_RET_STATUS VX_Var::restore(VX_Version&, VX_FileBinary& file, unsigned int& si
   if (st <= 2) {
     size += bytes;
     unsigned consumed = 0;
+    VX_UnpackBound bound(block, bytes);  // persistables the handler unpacks stay inside the block
     st = classVarOp(VX_CLASS_VAR_UNPACK, value.ptr, block, &consumed, VX_STORAGE_BINARY);
+    if (st <= 2 && consumed > bytes) st = VX_UNPACK_SHORT("VX_Var restore", "object");
   }
   VX_free(block);
   return st;
