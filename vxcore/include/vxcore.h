@@ -15,6 +15,7 @@
 #include "vx_list.h"
 #include "vx_mem.h"
 #include "vx_path.h"
+#include "vx_pubarg.h"
 #include "vx_persist.h"
 #include "vx_queue.h"
 #include "vx_reporter.h"
