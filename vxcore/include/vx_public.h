@@ -110,7 +110,7 @@ VX_EXTERN_C VX_API const VX_PubProcServDesc* VX_findVersionPubProcServDesc(const
 VX_EXTERN_C VX_API const VX_PubServGrpList* VX_mostRecentVersionPubServGrpList(const VX_PubServGrpList* list);
 VX_EXTERN_C VX_API const VX_PubProcServDesc* VX_mostRecentVersionPubProcServDesc(const VX_PubProcServDesc* desc);
 // The greatest supported version of the table; 0.0.0 for none.
-VX_API VX_Version VX_mostRecentVersion(const VX_PubDescTable* table);
+VX_EXTERN_C VX_API VX_Version VX_mostRecentVersion(const VX_PubDescTable* table);
 
 // Port counts of one version of a class: the greatest data in and out counts of its service
 // group, the process in and out counts of its process description, and the table's flag. All

@@ -10,7 +10,8 @@ VX_Operator::VX_Operator() : initialised(1) { VX_setUserError(0); }
 VX_Operator::VX_Operator(const VX_Operator& other) : VX_VorlaxeClass(), initialised(1) {
   VX_setUserError(0);
   if (!other.initialised) {
-    cleanupDataMembers();
+    initialised = 0;
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
     return;
   }
   VX_REPORT_STATUS(VX_RET_ERR_NSUP);
