@@ -86,9 +86,9 @@ TEST(Color, PackingKeepsTheModelTag) {
   EXPECT_EQ(hsva.unpackFrom(anyVersion(), block.data(), 15, used, VX_STORAGE_BINARY), VX_RET_ERR_ARG);
   EXPECT_EQ(hsva.pack(anyVersion(), nullptr, used, VX_STORAGE_BINARY), VX_RET_ERR_ARG);
   EXPECT_EQ(hsva.unpack(anyVersion(), block.data(), used, VX_STORAGE_ASCII), VX_RET_ERR_ARG);
-  VX_FileBinary* noFile = nullptr;
-  EXPECT_EQ(hsva.persist(anyVersion(), *noFile, used), VX_RET_ERR_NIMP);
-  EXPECT_EQ(hsva.restore(anyVersion(), *noFile, used), VX_RET_ERR_NIMP);
+  VX_FileBinary& noFile = *reinterpret_cast<VX_FileBinary*>(&VX_NULL_PTR);  // never touched
+  EXPECT_EQ(hsva.persist(anyVersion(), noFile, used), VX_RET_ERR_NIMP);
+  EXPECT_EQ(hsva.restore(anyVersion(), noFile, used), VX_RET_ERR_NIMP);
 }
 
 TEST(Color, TextFormRoundTripsAndRefusesMalformedText) {

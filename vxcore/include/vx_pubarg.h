@@ -124,7 +124,9 @@ class VX_API VX_PubArg : public VX_VarArr {
 };
 
 // Arrays of arguments move their elements whole (copy), not by value assignment, so that
-// growing an array never strips the descriptions of the arguments already in it.
+// growing an array never strips the descriptions of the arguments already in it. An element
+// handed to appendElem or setCurElem is still taken by operator= (its value only): build
+// arrays with VX_buildArgsFromPubArgMap or VX_copyPubArgArr, or copy() into a made slot.
 template <>
 void VX_Array<VX_PubArg>::copyElems(VX_PubArg* dst, const VX_PubArg* src, unsigned int count) const;
 
