@@ -3,6 +3,7 @@
 #define VX_BASE_H
 
 #include "vx_globals.h"
+#include "vx_vorlaxe.h"
 
 // The writers fill a buffer the caller has sized (33 bytes hold any binary text, 16 any
 // octal, hexadecimal or clock text); a null buffer is VX_RET_ERR_ARG. The digit readers walk
@@ -31,5 +32,14 @@ VX_EXTERN_C VX_API VX_RET_STATUS VX_secsToTime(char* dst, unsigned secs);
 // Reads "h:m:s", "m:s" or "s" (empty pieces are dropped, so "1::3" is one minute and three
 // seconds); a piece that is not a number counts 0. A null text gives 0 seconds.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_timeToSecs(const char* text, unsigned* secs);
+
+// VX_ClassVar: marks a class whose objects a VX_Var can own by pointer together with the class's
+// static class-variable handler (VX_Var::setPtr). It holds no data; assignment does nothing.
+class VX_API VX_ClassVar : public VX_VorlaxeClass {
+ public:
+  VX_ClassVar() = default;
+  ~VX_ClassVar() override;
+  VX_ClassVar& operator=(const VX_ClassVar&) { return *this; }
+};
 
 #endif

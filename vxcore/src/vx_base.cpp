@@ -127,3 +127,5 @@ VX_RET_STATUS VX_timeToSecs(const char* text, unsigned* secs) {
   *secs = (values[0] * 60 + values[1]) * 60 + values[2];
   return VX_RET_TRUE;
 }
+
+VX_ClassVar::~VX_ClassVar() = default;
