@@ -113,6 +113,9 @@ TEST_F(Mpk, ADescriptionSavedAndLoadedComesBackWholeWithPathsFromItsDirectory) {
   EXPECT_EQ(str(out), dir + "shapes.hlp");
   EXPECT_EQ(loaded.getBitmapPath("logo", out), VX_RET_TRUE);
   EXPECT_EQ(str(out), dir + "img/logo.bmp");
+  VX_String asked("logo");  // the name asked for may be the result's own text
+  EXPECT_EQ(loaded.getBitmapPath(asked, asked), VX_RET_TRUE);
+  EXPECT_EQ(str(asked), dir + "img/logo.bmp");
   EXPECT_EQ(loaded.getBitmapPath("", out), VX_RET_FALSE);  // an unnamed bitmap is never found
   EXPECT_EQ(loaded.getBitmapPath("nope", out), VX_RET_FALSE);
   EXPECT_EQ(out, nullptr);

@@ -446,13 +446,13 @@ VX_RET_STATUS VX_MPKEntry::getHelpFilePath(VX_String& path) {
 
 VX_RET_STATUS VX_MPKEntry::getBitmapPath(const char* name, VX_String& path) {
   VX_setUserError(0);
+  // `name` may be the result's own text: it is compared before the result is emptied.
+  const VX_MPKBitmapEntry* found = nullptr;
+  for (unsigned i = 0; name && !found && i < bitmaps.numElems(); ++i)
+    if (!isEmpty(bitmaps[i].name) && bitmaps[i].name == name) found = &bitmaps[i];
+  if (found) return joinInto(path, textOf(mpkDir), textOf(found->file));
   path.memFree();
-  if (!name) return VX_FAIL(VX_RET_ERR_ARG);
-  for (unsigned i = 0; i < bitmaps.numElems(); ++i) {
-    const VX_MPKBitmapEntry& b = bitmaps[i];
-    if (!isEmpty(b.name) && b.name == name) return joinInto(path, textOf(mpkDir), textOf(b.file));
-  }
-  return VX_RET_FALSE;
+  return name ? VX_RET_FALSE : VX_FAIL(VX_RET_ERR_ARG);
 }
 
 VX_RET_STATUS VX_MPKEntry::getMainDllPath(VX_String& path) {
