@@ -108,6 +108,8 @@ class VX_API VX_MPKEntry : public VX_Persistable {
   // Copies the persisted members of `other`, and with `location` its directory and path too;
   // VX_RET_ERR_MEM when one cannot be copied whole.
   VX_RET_STATUS copyFrom(const VX_MPKEntry& other, bool location);
+  // Takes over the persisted members of a freshly read `fresh`; VX_RET_ERR_MEM leaves them empty.
+  VX_RET_STATUS takePersisted(VX_MPKEntry& fresh);
   // Empties the persisted members, and with `location` the directory and path.
   void clear(bool location);
   // The packed size as 64 bits, so that no sum wraps.

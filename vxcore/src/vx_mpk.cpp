@@ -225,6 +225,31 @@ VX_RET_STATUS VX_MPKEntry::copyFrom(const VX_MPKEntry& other, bool location) {
   return st;
 }
 
+// The texts are handed over, not copied: only sizing the two arrays can fail.
+VX_RET_STATUS VX_MPKEntry::takePersisted(VX_MPKEntry& fresh) {
+  unsigned int nDeps = fresh.dependencies.numElems(), nBitmaps = fresh.bitmaps.numElems();
+  // Emptied first, so that sizing copies no old element.
+  VX_RET_STATUS st = dependencies.reallocate(0);
+  if (st <= 2) st = bitmaps.reallocate(0);
+  if (st <= 2) st = dependencies.reallocate(nDeps);
+  if (st <= 2) st = bitmaps.reallocate(nBitmaps);
+  if (st > 2) {
+    clear(false);
+    return st;
+  }
+  for (unsigned i = 0; i < nDeps; ++i) moveText(dependencies[i], fresh.dependencies[i]);
+  for (unsigned i = 0; i < nBitmaps; ++i) {
+    moveText(bitmaps[i].name, fresh.bitmaps[i].name);
+    moveText(bitmaps[i].file, fresh.bitmaps[i].file);
+  }
+  moveText(mpkName, fresh.mpkName);
+  moveText(mpkGUID, fresh.mpkGUID);
+  moveText(mainDll, fresh.mainDll);
+  moveText(helpFile, fresh.helpFile);
+  appVersion = fresh.appVersion;
+  return VX_RET_TRUE;
+}
+
 void VX_MPKEntry::clear(bool location) {
   for (VX_String* s : {&mpkName, &mpkGUID, &mainDll, &helpFile}) s->memFree();
   if (location) {
@@ -325,12 +350,8 @@ VX_RET_STATUS VX_MPKEntry::unpack(VX_Version& version, char* buffer, unsigned in
   if (st <= 2) st = in.array(fresh.bitmaps, 8, "the bitmap count", &FieldReader::bitmap);
   if (st <= 2) st = in.text(fresh.helpFile, "the help file");
   if (st > 2) return st;
-  // The location is not persisted: it stays this entry's own.
-  st = copyFrom(fresh, false);
-  if (st > 2) {
-    clear(false);
-    return st;
-  }
+  st = takePersisted(fresh);
+  if (st > 2) return st;
   size = in.used;
   return VX_RET_TRUE;
 }
