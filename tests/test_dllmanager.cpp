@@ -178,6 +178,24 @@ TEST_F(DllManager, ARecordThatCannotBeStoredLeavesNothingLoaded) {
     }
   });
   EXPECT_GT(failures, 0);
+  // The lookups of a loaded path: a failure changes nothing.
+  ASSERT_EQ(VX_dllUnload(good.c_str()), VX_RET_TRUE);
+  ASSERT_EQ(VX_dllLoad(good.c_str()), VX_RET_TRUE);
+  failures = vxtest::forEachAllocFailure([&](long) {
+    void* h = nullptr;
+    void* proc = nullptr;
+    VX_RET_STATUS got = VX_dllGetHandle(good.c_str(), &h);
+    VX_RET_STATUS found = VX_dllGetProcAddress(good.c_str(), "VX_getPMF", &proc);
+    VX_RET_STATUS unloaded = VX_dllUnload(good.c_str());
+    EXPECT_EQ(h != nullptr, got == VX_RET_TRUE);
+    EXPECT_EQ(proc != nullptr, found == VX_RET_TRUE);
+    for (VX_RET_STATUS st : {got, found, unloaded}) EXPECT_TRUE(st == VX_RET_TRUE || st == VX_RET_ERR_MEM) << st;
+    EXPECT_EQ(isLoaded(good), unloaded != VX_RET_TRUE);
+    if (unloaded == VX_RET_TRUE) {
+      outsideFault([&] { EXPECT_EQ(VX_dllLoad(good.c_str()), VX_RET_TRUE); });
+    }
+  });
+  EXPECT_GT(failures, 0);
   VX_dllEntryManagerClose();
   failures = vxtest::forEachAllocFailure([&](long) {
     VX_RET_STATUS st = VX_dllEntryManagerInit();
@@ -225,6 +243,22 @@ TEST_F(DllManager, PublicLoadRefusesModulesLackingAnEntryPointAndLeavesThemUnloa
   EXPECT_TRUE(reporter.mentions("vxtest_nowhere_to_be_found"));
   EXPECT_EQ(VX_getStatusCode(), VX_RET_ERR_GEN);
   EXPECT_EQ(moduleLog(), "");  // no initialiser ran
+}
+
+TEST_F(DllManager, APublicLoadThatRunsOutOfMemoryLeavesNothingLoaded) {
+  const std::string good = module("good");
+  int failures = vxtest::forEachAllocFailure([&](long) {
+    VX_WinDllEntryStruct entry;
+    VX_RET_STATUS st = VX_loadPublicWinDll(good.c_str(), entry);
+    // The existence check answers "no" when it cannot even convert the path.
+    EXPECT_TRUE(st == VX_RET_TRUE || st == VX_RET_ERR_MEM || st == VX_RET_ERR_ARG) << st;
+    EXPECT_EQ(isLoaded(good), st == VX_RET_TRUE);
+    if (st == VX_RET_TRUE) {
+      outsideFault([&] { EXPECT_EQ(VX_closePublicWinDll(entry), VX_RET_TRUE); });
+    }
+  });
+  EXPECT_GT(failures, 0);
+  EXPECT_FALSE(isLoaded(good));
 }
 
 TEST_F(DllManager, PublicInitAndCloseRunTheEntriesAndReleaseTheModule) {

@@ -278,6 +278,26 @@ TEST_F(Mpk, MemoryRunningOutFailsCleanly) {
 
 // ---- the package manager ---------------------------------------------------------------------
 
+TEST_F(Mpk, AManagerThatRunsOutOfMemoryLeavesNoModuleBehind) {
+  const std::string path = package("mem.mpk", "good.so");
+  int failures = vxtest::forEachAllocFailure([&](long n) {
+    unsetenv("VXTEST_MODULE_LOG");
+    VX_MPK mpk(path.c_str());
+    VX_RET_STATUS st = mpk.loadMPK();
+    VX_String help, bitmap;
+    VX_RET_STATUS paths[] = {mpk.getHelpFilePath(help), mpk.getBitmapPath("logo", bitmap)};
+    for (VX_RET_STATUS p : paths) EXPECT_TRUE(p == VX_RET_TRUE || p > 2) << n;
+    if (st == VX_RET_TRUE) {
+      EXPECT_EQ(moduleLog(), "init;") << n;
+    } else {
+      EXPECT_GT(st, 2) << n;
+      EXPECT_EQ(moduleLog(), "") << n;
+    }
+  });  // the manager closes a loaded module as it goes
+  EXPECT_GT(failures, 0);
+  EXPECT_EQ(moduleLog(), "init;close;");
+}
+
 TEST_F(Mpk, AManagerOpensLoadsAndClosesItsPackage) {
   const std::string path = package("good.mpk", "good.so");
   VX_MPK mpk(path.c_str());
