@@ -3,8 +3,10 @@
 // fails and one the system refuses.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "vx_file_test_support.h"
@@ -83,6 +85,15 @@ TEST_F(DllManager, CountsLoadsPerPathTextAndReleasesOnTheLastUnload) {
   EXPECT_EQ(h, nullptr);
   EXPECT_EQ(VX_dllUnload(good.c_str()), VX_RET_FALSE);  // no longer loaded
   EXPECT_EQ(VX_dllUnload(module("never").c_str()), VX_RET_FALSE);
+
+  // A bare name is the file of the current directory, not one looked for along the library path.
+  const std::string cwd = std::filesystem::current_path();
+  ASSERT_EQ(chdir(VXTEST_MODULE_DIR), 0);
+  EXPECT_EQ(VX_dllLoad("good.so"), VX_RET_TRUE);
+  EXPECT_TRUE(isLoaded(good));
+  EXPECT_EQ(VX_dllUnload("good.so"), VX_RET_TRUE);
+  ASSERT_EQ(chdir(cwd.c_str()), 0);
+  EXPECT_FALSE(isLoaded(good));
   EXPECT_TRUE(reporter.reports.empty());
 }
 

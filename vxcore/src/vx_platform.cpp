@@ -10,6 +10,7 @@
 
 #include "vx_mem.h"
 #include "vx_report.h"
+#include "vx_strjoin.h"
 #include "vx_strfunc.h"
 
 char* VX_sysPath(const char* path) {
@@ -42,17 +43,7 @@ VX_RET_STATUS VX_sysModuleLoad(const char* path, void*& handle) {
   handle = nullptr;
   // "./" keeps a bare name from being looked for along the library path.
   bool bare = path && !std::strchr(path, '/') && !std::strchr(path, '\\');
-  char* sys = nullptr;
-  if (bare) {
-    std::size_t n = std::strlen(path);
-    sys = static_cast<char*>(VX_malloc(n + 3));
-    if (sys) {
-      std::memcpy(sys, "./", 2);
-      std::memcpy(sys + 2, path, n + 1);
-    }
-  } else {
-    sys = VX_sysPath(path);
-  }
+  char* sys = bare ? VX_joinText("./", 2, path, std::strlen(path)) : VX_sysPath(path);
   if (!sys && path) return VX_FAIL(VX_RET_ERR_MEM);
   dlerror();  // a stale reason must not be taken for this call's
   handle = sys ? dlopen(sys, RTLD_NOW | RTLD_LOCAL) : nullptr;
