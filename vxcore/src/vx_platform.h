@@ -32,4 +32,20 @@ class VX_SysPath {
 // them. Any count, though the underlying scrambler takes an int.
 void VX_invertBytes(char* bytes, std::size_t count);
 
+// Modules. dlopen(path, RTLD_NOW | RTLD_LOCAL), dlsym and dlclose stand in for loading a module,
+// finding an entry point and releasing it. The path is converted as every path is; a path
+// without any separator names a file of the current directory and is loaded from there, never
+// searched for along the system's library path. Each failure leaves the system's reason for
+// VX_sysModuleError.
+// VX_RET_TRUE with the handle; VX_RET_FALSE (handle null) when the system refuses the module;
+// VX_RET_ERR_MEM (reported) when the converted path cannot be made.
+VX_RET_STATUS VX_sysModuleLoad(const char* path, void*& handle);
+// The entry point, or null when the module does not export it.
+void* VX_sysModuleSymbol(void* handle, const char* name);
+// False when the system refuses the release.
+bool VX_sysModuleRelease(void* handle);
+// The system's reason for the last failure of the three calls above, or null when it gave none;
+// reading it clears it, so it is read once, straight after the failure.
+const char* VX_sysModuleError();
+
 #endif
