@@ -238,10 +238,13 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   unsigned int getFreeRecTblIndex(unsigned int size);
 
  private:
+  // VX_FILEREC_LOCAL marks the helpers that run on every record transfer. Nothing outside the
+  // library calls them: kept out of its interface, calls to them are direct and can be inlined.
+#define VX_FILEREC_LOCAL __attribute__((visibility("hidden")))
   void initDataMembers();
   void cleanupDataMembers();
   // Shared checks of every public operation: enabled and an open stream.
-  VX_RET_STATUS usable(unsigned line);
+  VX_FILEREC_LOCAL VX_RET_STATUS usable(unsigned line);
   VX_RET_STATUS create(const char* path, unsigned char buffered, unsigned int bufferSize, unsigned int recSize,
                        unsigned char recHeaders, const char* userHeader, unsigned int userHeaderSize,
                        unsigned int dim, VX_Array<unsigned int>& freeRecSizes);
@@ -255,13 +258,14 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
 
   // The stream position and the file's end as kept in memory; learnt from the stream when unknown
   // (-1 when even that fails).
-  long here();
-  long fileEnd();
+  VX_FILEREC_LOCAL long here();
+  VX_FILEREC_LOCAL long fileEnd();
+  // Makes both unknown. Part of the interface: the field-transfer templates above call it.
   void forgetPosition();
   // Moves the stream to `offset` unless it is there already.
-  VX_RET_STATUS moveTo(long offset);
+  VX_FILEREC_LOCAL VX_RET_STATUS moveTo(long offset);
   // Plain transfers at the current position that keep the position and the end in step.
-  VX_RET_STATUS transfer(bool writing, void* data, unsigned int size);
+  VX_FILEREC_LOCAL VX_RET_STATUS transfer(bool writing, void* data, unsigned int size);
   // Raw transfers at an offset, bypassing the record layer.
   VX_RET_STATUS readAt(long offset, void* data, unsigned int size);
   VX_RET_STATUS writeAt(long offset, const void* data, unsigned int size);
@@ -276,12 +280,12 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   // What was just written must reach the file now, so that a full disk shows at the write that
   // met it; what a refused flush could not write is discarded. With a private buffer record
   // writes skip the flush unless `always` (header, table and user header rewrites, close).
-  VX_RET_STATUS commitWrite(bool always = false);
+  VX_FILEREC_LOCAL VX_RET_STATUS commitWrite(bool always = false);
 
-  long firstRecOffset() const;
-  unsigned int fixedRecSize();
+  VX_FILEREC_LOCAL long firstRecOffset() const;
+  VX_FILEREC_LOCAL unsigned int fixedRecSize();
   // Bytes one fixed record takes on disk, its record header included.
-  unsigned int fixedRecSpan();
+  VX_FILEREC_LOCAL unsigned int fixedRecSpan();
   // The report and status of a block whose size is not a fixed file's record size.
   VX_RET_STATUS wrongSize(const char* what, unsigned int n);
   // A read of `size` bytes at `offset` that the file cannot satisfy fails here, as the plain
@@ -292,8 +296,8 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS objectSize(bool reading, unsigned int& size);
   // The checks a record read or write starts with: an open file, the position (leniently),
   // the data pointer, and n = size * count against a fixed file's record size (0 stands for it).
-  VX_RET_STATUS startTransfer(const void* data, unsigned int size, unsigned int count, const char* what,
-                              unsigned int& n, unsigned line);
+  VX_FILEREC_LOCAL VX_RET_STATUS startTransfer(const void* data, unsigned int size, unsigned int count,
+                                                const char* what, unsigned int& n, unsigned line);
   // Reports damage found at `offset` and yields VX_RET_ERR_FILE.
   VX_RET_STATUS damaged(const char* what, const char* why, long offset);
   // The header of the record at `offset` (a fixed file without record headers gets the one a
@@ -309,11 +313,12 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS findFreeRec(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size, unsigned char allocate,
                             long& offset);
   // The end of the file, where a new record goes; -1 (reported) when it cannot be had.
-  long appendOffset();
+  VX_FILEREC_LOCAL long appendOffset();
 
   unsigned char enabled;
   unsigned int recHdrSize;
   VX_FileBinrecState* state;  // null while no file is open
+#undef VX_FILEREC_LOCAL
 };
 
 #endif

@@ -27,7 +27,7 @@ const char FormatComment[] = "Vorlaxe binary record file";
 const char* const ArgHeading = "VX_FileBinaryRec arg verification()";
 const char* const IoHeading = "VX_FileBinaryRec read/write";
 const char* const DumpStars = "****************************************************\n";
-enum : unsigned { VersionField = 33, CommentField = 65, TableChunk = 64, WriteChunk = 4096 };
+enum : unsigned { VersionField = 33, CommentField = 65, TableChunk = 64, WriteChunk = 512 };
 
 // Header field offsets inside the 116 bytes.
 enum : unsigned {
@@ -91,6 +91,14 @@ void decodeRecHdr(const char* in, VX_FileBinrecRecHdr& r) {
   r.nextFree = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(in + 8, 4)));
 }
 
+// What encodeRecHdr makes of liveRecHdr(size), written straight into the bytes: every record
+// write starts with it.
+void encodeLiveRecHdr(unsigned size, char* out) {
+  std::memset(out, 0, 4);
+  VX_putLE(out + 4, size, 4);
+  VX_putLE(out + 8, 0xffffffffu, 4);
+}
+
 VX_FileBinrecRecHdr liveRecHdr(unsigned size) {
   VX_FileBinrecRecHdr r{};
   r.size = size;
@@ -107,10 +115,57 @@ struct VX_FileBinrecState {
   unsigned users = 1;
   VX_FileBinrecHdr hdr{};
   unsigned char variable = 0;
+  unsigned recSize = 0;  // a fixed file's record size (the table's one entry, never changed), else 0
+  uint64_t spanFactor = 0;  // 2^64 / the record span, rounded up: see recordBoundary
   VX_Array<VX_FileBinrecTblEntry> freeRecTbl{0, 1};
   long pos = -1;
   long end = -1;
 };
+
+namespace {
+
+// The layout questions every record operation asks, answered from the state alone so that the
+// append path makes no calls for them.
+long firstRecordOf(const VX_FileBinrecState& s) {
+  return static_cast<long>(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * uint64_t{s.hdr.dim} +
+                           s.hdr.userHdrSize);
+}
+
+unsigned fixedSpanOf(const VX_FileBinrecState& s) {
+  return s.recSize + (s.hdr.recHeaders ? unsigned{VX_FILE_BINREC_REC_HDR_SIZE} : 0u);
+}
+
+// Whether a record may start at `offset`: in the record area and, in a fixed file, on a record
+// boundary.
+bool recordBoundary(const VX_FileBinrecState& s, long offset) {
+  long rel = offset - firstRecordOf(s);
+  if (rel < 0) return false;
+  unsigned span = s.variable ? 0 : fixedSpanOf(s);
+  if (!span) return true;
+  // A 32-bit number n is a multiple of span exactly when n * ceil(2^64 / span), taken modulo
+  // 2^64, is below ceil(2^64 / span): one multiplication instead of a division on every record.
+  if (rel <= MaxOffset) return static_cast<uint32_t>(rel) * s.spanFactor <= s.spanFactor - 1;
+  return static_cast<uint64_t>(rel) % span == 0;
+}
+
+// Fixed or variable, as the table says, and what follows from it; once the table is known.
+void settleLayout(VX_FileBinrecState& s) {
+  s.variable = !(s.hdr.dim == 1 && s.freeRecTbl[0].recSize != 0);
+  s.recSize = s.variable ? 0 : s.freeRecTbl[0].recSize;
+  unsigned span = fixedSpanOf(s);
+  s.spanFactor = s.variable || !span ? 0 : ~uint64_t{0} / span + 1;
+}
+
+// The free list that serves records of `size` bytes: in a variable file the first of that size,
+// else the first list; a fixed file has only one.
+unsigned freeListIndex(VX_FileBinrecState& s, unsigned size) {
+  if (!s.variable) return 0;
+  for (unsigned i = 0; i < s.freeRecTbl.numElems(); ++i)
+    if (s.freeRecTbl[i].recSize == size) return i;
+  return 0;
+}
+
+}  // namespace
 
 // ---------------------------------------------------------------------------------------------
 // Life cycle
@@ -291,7 +346,7 @@ VX_RET_STATUS VX_FileBinaryRec::create(const char* path, unsigned char buffered,
   state->hdr.userHdrSize = userHeaderSize;
   state->hdr.dim = dim;
   state->hdr.recHeaders = recHeaders;
-  state->variable = !(dim == 1 && state->freeRecTbl[0].recSize != 0);
+  settleLayout(*state);
 
   st = writeHeaderAndTable();
   if (st <= 2 && userHeaderSize) st = writeAt(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * dim, userHeader,
@@ -334,7 +389,7 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
   }
 
   // Everything the header claims must lie inside the file before anything is sized from it.
-  uint64_t firstRecord = VX_FILE_BINREC_HDR_SIZE + uint64_t{VX_FILE_BINREC_TBL_ENTRY_SIZE} * state->hdr.dim + state->hdr.userHdrSize;
+  uint64_t firstRecord = static_cast<uint64_t>(firstRecordOf(*state));
   const char* damage = nullptr;
   if (state->hdr.base.hdrSize != VX_FILE_BINREC_HDR_SIZE)
     damage = "header size is not 116";
@@ -350,18 +405,18 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
   st = state->freeRecTbl.reallocate(state->hdr.dim);
   if (st <= 2) st = readTable();
   if (st > 2) return abandon(st, true);
-  state->variable = !(state->hdr.dim == 1 && state->freeRecTbl[0].recSize != 0);
+  settleLayout(*state);
   if (!state->variable) {
     // Records lie back to back from the first one on: when there are any, the first must be
     // whole, which also bounds every block later sized from the record size.
     uint64_t span = uint64_t{fixedRecSpan()};
     const char* why = nullptr;
-    if (state->freeRecTbl[0].recSize > static_cast<unsigned long>(MaxOffset))
+    if (state->recSize > static_cast<unsigned long>(MaxOffset))
       why = "is larger than any file";
     else if (static_cast<uint64_t>(fileLength) > firstRecord && firstRecord + span > static_cast<uint64_t>(fileLength))
       why = "is larger than the records the file holds";
     if (why) {
-      VX_REPORT_ERROR(heading, "Damaged record file <%s>: record size %u %s\n", path, state->freeRecTbl[0].recSize, why);
+      VX_REPORT_ERROR(heading, "Damaged record file <%s>: record size %u %s\n", path, state->recSize, why);
       return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
     }
   }
@@ -410,24 +465,16 @@ VX_RET_STATUS VX_FileBinaryRec::close() {
 // ---------------------------------------------------------------------------------------------
 // Layout helpers
 
-long VX_FileBinaryRec::firstRecOffset() const {
-  return static_cast<long>(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * uint64_t{state->hdr.dim} +
-                           state->hdr.userHdrSize);
-}
+long VX_FileBinaryRec::firstRecOffset() const { return firstRecordOf(*state); }
 
-unsigned int VX_FileBinaryRec::fixedRecSize() {
-  return !state || state->variable || !state->freeRecTbl.numElems() ? 0 : state->freeRecTbl[0].recSize;
-}
+unsigned int VX_FileBinaryRec::fixedRecSize() { return state ? state->recSize : 0; }
 
-unsigned int VX_FileBinaryRec::fixedRecSpan() {
-  return fixedRecSize() + (state && state->hdr.recHeaders ? recHdrSize : 0);
-}
+unsigned int VX_FileBinaryRec::fixedRecSpan() { return state ? fixedSpanOf(*state) : 0; }
 
 VX_RET_STATUS VX_FileBinaryRec::verifyOffset(long offset) {
   VX_setUserError(0);
   if (!state) return VX_FAIL(VX_RET_ERR_POBJ);
-  long rel = offset - firstRecOffset();
-  if (rel < 0 || (!state->variable && fixedRecSpan() && rel % fixedRecSpan() != 0)) {
+  if (!recordBoundary(*state, offset)) {
     VX_REPORT_ERROR(IoHeading, "Invalid file offset for read/write operation: %ld\n", offset);
     return VX_RET_FALSE;
   }
@@ -436,10 +483,7 @@ VX_RET_STATUS VX_FileBinaryRec::verifyOffset(long offset) {
 
 unsigned int VX_FileBinaryRec::getFreeRecTblIndex(unsigned int size) {
   VX_setUserError(0);
-  if (!state || !state->variable) return 0;
-  for (unsigned i = 0; i < state->freeRecTbl.numElems(); ++i)
-    if (state->freeRecTbl[i].recSize == size) return i;
-  return 0;
+  return state ? freeListIndex(*state, size) : 0;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -479,7 +523,7 @@ VX_RET_STATUS VX_FileBinaryRec::moveTo(long offset) {
 VX_RET_STATUS VX_FileBinaryRec::transfer(bool writing, void* data, unsigned int size) {
   if (!size) return VX_RET_TRUE;
   long start = state->pos;
-  VX_RET_STATUS st = writing ? VX_FileBinary::write(data, size, 1) : VX_FileBinary::read(data, size, 1);
+  VX_RET_STATUS st = writing ? VX_File::write(data, size, 1) : VX_File::read(data, size, 1);
   if (st > 2) {
     forgetPosition();
     return st;
@@ -536,7 +580,8 @@ VX_RET_STATUS VX_FileBinaryRec::tableIO(bool writing) {
       if (st > 2) return st;
       for (unsigned i = 0; i < n; ++i) {
         state->freeRecTbl[done + i].recSize = static_cast<unsigned>(VX_getLE(raw + 8 * i, 4));
-        state->freeRecTbl[done + i].firstFree = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(raw + 8 * i + 4, 4)));
+        int32_t first = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(raw + 8 * i + 4, 4)));
+        state->freeRecTbl[done + i].firstFree = first;
       }
     }
     done += n;
@@ -625,7 +670,7 @@ VX_RET_STATUS VX_FileBinaryRec::startTransfer(const void* data, unsigned int siz
                                               const char* what, unsigned int& n, unsigned line) {
   VX_RET_STATUS st = usable(line);
   if (st > 2) return st;
-  verifyOffset(here());
+  if (!recordBoundary(*state, here())) verifyOffset(here());  // reported; the transfer goes ahead
   if (!data) return VX_FAIL(VX_RET_ERR_ARG);
   uint64_t bytes = uint64_t{size} * count;
   if (bytes > 0xffffffffu) return VX_FAIL(VX_RET_ERR_ARG);
@@ -646,7 +691,7 @@ VX_RET_STATUS VX_FileBinaryRec::write(void const* data, unsigned int size, unsig
   char joined[WriteChunk];
   const char* data8 = static_cast<const char*>(data);
   unsigned head = state->hdr.recHeaders ? recHdrSize : 0;
-  if (head) encodeRecHdr(liveRecHdr(n), joined);
+  if (head) encodeLiveRecHdr(n, joined);
   if (head && n <= sizeof joined - head) {
     std::memcpy(joined + head, data8, n);
     st = transfer(true, joined, head + n);
@@ -933,7 +978,11 @@ long VX_FileBinaryRec::autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH
   }
   if (!state->variable && size == 0) size = fixedRecSize();
   long offset = -1;
-  if (findFreeRec(algo, size, 1, offset) > 2) return -1;
+  // With no free record to be had the record goes at the end, which is known: nothing is
+  // searched, read or moved. Any other case takes the full search (and its reports).
+  bool sizeServed = state->variable || size == state->recSize;
+  bool noneFree = !state->hdr.recHeaders || state->freeRecTbl[freeListIndex(*state, size)].firstFree == -1;
+  if (!(sizeServed && noneFree) && findFreeRec(algo, size, 1, offset) > 2) return -1;
   if (offset == -1) {
     offset = appendOffset();
     if (offset == -1) return -1;
