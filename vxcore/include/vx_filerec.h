@@ -189,7 +189,9 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   // the file. A fixed file's free record is unlinked even by this query.
   long getAvailableRecOffset(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
   // Writes a record into a free slot (splitting a larger one) or at the end; its offset, -1 on
-  // any failure. A variable file refuses an empty record (VX_RET_ERR_ARG).
+  // any failure. A variable file refuses an empty record (VX_RET_ERR_ARG); a fixed file takes
+  // its record size for a size of 0 (the data must then hold a record), but not for an empty
+  // memory block.
   long autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
   long autoWrite(VX_Memory& mem, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo);
   // A free record of `size` bytes (exactly, or at least with room for a split when `exact` is
