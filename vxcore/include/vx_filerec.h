@@ -3,6 +3,8 @@
 #ifndef VX_FILEREC_H
 #define VX_FILEREC_H
 
+#include <cstdint>
+
 #include "vx_array.h"
 #include "vx_file.h"
 
@@ -75,12 +77,24 @@ extern template class VX_I_Iterator<VX_FileBinrecTblEntry>;
 extern template class VX_IndContainer<VX_FileBinrecTblEntry>;
 extern template class VX_Array<VX_FileBinrecTblEntry>;
 
+// The header, free record table and stream bookkeeping of one open record file, shared by the
+// object that opened it and every copy made from it.
+struct VX_FileBinrecState;
+
 // VX_FileBinaryRec: a binary file of records. A file has fixed records when its table has one
 // entry of non-zero size (every record is then that size); otherwise records vary in size and
 // free lists are chosen by size. Deleted records are kept in free lists, threaded through their
-// record headers, and reused by autoWrite; a larger free record is split. The object owns its
-// copy of the header and the free record table; the table reaches the file when the header is
-// rewritten and at close (not after a read-only open).
+// record headers, and reused by autoWrite; a larger free record is split. The header and the
+// free record table are held once per open file: copies (by construction or assignment) share
+// them with the stream, so a record one copy takes or frees is taken or free for all. The table
+// reaches the file when the header is rewritten and at close (not after a read-only open).
+//
+// Position: the file keeps the stream's position and the file's end in memory and moves the
+// stream only when it is not already where a transfer must happen. Moves made on this object
+// (seek, persistVal, restoreVal, every record operation) keep that in step. A transfer made
+// around it, through a VX_File or VX_FileBinary reference or copy (a persistable's persist and
+// restore receive such a reference), must be followed by seek() on the record file, which
+// learns the position and the end again.
 //
 // Failures: not enabled or no stream is VX_RET_ERR_POBJ (offset-returning operations answer -1);
 // bad arguments VX_RET_ERR_ARG; allocation VX_RET_ERR_MEM; a failed transfer or seek
@@ -105,7 +119,7 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   // Opens an existing record file; see open.
   VX_FileBinaryRec(const char* path, VX_FILE_MODE mode, unsigned char buffered, unsigned int bufferSize,
                    unsigned int& userHeaderSize, char** userHeader, unsigned int& recSize);
-  // Shares the source's stream (as VX_FileBinary does) and copies its header and table.
+  // Shares the source's stream (as VX_FileBinary does), its header and its table.
   VX_FileBinaryRec(const VX_FileBinaryRec& other);
   // Closes an open file as close() does, so the table is not lost.
   ~VX_FileBinaryRec() override;
@@ -127,20 +141,40 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS close() override;
 
   // One record at the current position: its record header (when the file has them), then
-  // size * count data bytes. A fixed file takes its record size for 0 and refuses any other
-  // size; a variable file does nothing for 0.
+  // size * count data bytes. A fixed file takes its record size for 0 (the data block must then
+  // hold a whole record) and refuses any other size; a variable file does nothing for 0.
   VX_RET_STATUS read(void* data, unsigned int size, unsigned int count) override;
   VX_RET_STATUS write(void const* data, unsigned int size, unsigned int count) override;
   // The record's whole data into `mem`, sized from the record header (a variable file without
-  // record headers reads mem's present size). At or past the end of the file it fails as the
-  // plain read does (VX_RET_ERR_GEN); a record header cut short by the end is damage. A
-  // VX_String is both a memory block and a persistable: a cast picks the form.
+  // record headers reads mem's present size). A record that the file does not hold in full
+  // fails as the plain read does (VX_RET_ERR_GEN) before mem is sized; a record header cut
+  // short by the end is damage. Writing takes mem's whole content; a fixed file refuses a
+  // block of another size, an empty one included. A VX_String is both a memory block and a
+  // persistable: a cast picks the form.
   VX_RET_STATUS read(VX_Memory& mem);
   VX_RET_STATUS write(VX_Memory& mem);
   // Whole objects as one record: packed with VX_systemVersionWrite, unpacked with
-  // VX_systemVersionRead from getPackedSize (or `size`) bytes.
-  using VX_FileBinary::read;
-  using VX_FileBinary::write;
+  // VX_systemVersionRead from getPackedSize (or `size`) bytes. In a fixed file a size of 0
+  // stands for the record size and any other size than the record size is refused before
+  // anything is packed or allocated.
+  VX_RET_STATUS read(VX_Persistable& obj);
+  VX_RET_STATUS read(VX_Persistable& obj, unsigned int size);
+  VX_RET_STATUS write(VX_Persistable& obj);
+
+  // Moves the stream as the binary file does and learns the position and the end anew (see
+  // Position above).
+  VX_RET_STATUS seek(long offset, int whence);
+  // The binary file's field transfers; the position is learnt anew at the next record operation.
+  template <class... Args>
+  VX_RET_STATUS persistVal(Args&&... args) {
+    forgetPosition();
+    return VX_FileBinary::persistVal(static_cast<Args&&>(args)...);
+  }
+  template <class... Args>
+  VX_RET_STATUS restoreVal(Args&&... args) {
+    forgetPosition();
+    return VX_FileBinary::restoreVal(static_cast<Args&&>(args)...);
+  }
 
   // Part of a record's data: `size` bytes from `subOffset` into the data of the record at
   // `recOffset`. The range must lie inside the record, which is checked before anything is
@@ -155,7 +189,9 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   // the file. A fixed file's free record is unlinked even by this query.
   long getAvailableRecOffset(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
   // Writes a record into a free slot (splitting a larger one) or at the end; its offset, -1 on
-  // any failure. A variable file refuses an empty record (VX_RET_ERR_ARG).
+  // any failure. A variable file refuses an empty record (VX_RET_ERR_ARG); a fixed file takes
+  // its record size for a size of 0 (the data must then hold a record), but not for an empty
+  // memory block.
   long autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
   long autoWrite(VX_Memory& mem, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo);
   // A free record of `size` bytes (exactly, or at least with room for a split when `exact` is
@@ -204,19 +240,34 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   unsigned int getFreeRecTblIndex(unsigned int size);
 
  private:
+  // VX_FILEREC_LOCAL marks the helpers that run on every record transfer. Nothing outside the
+  // library calls them: kept out of its interface, calls to them are direct and can be inlined.
+#define VX_FILEREC_LOCAL __attribute__((visibility("hidden")))
   void initDataMembers();
   void cleanupDataMembers();
   // Shared checks of every public operation: enabled and an open stream.
-  VX_RET_STATUS usable(unsigned line);
+  VX_FILEREC_LOCAL VX_RET_STATUS usable(unsigned line);
   VX_RET_STATUS create(const char* path, unsigned char buffered, unsigned int bufferSize, unsigned int recSize,
                        unsigned char recHeaders, const char* userHeader, unsigned int userHeaderSize,
                        unsigned int dim, VX_Array<unsigned int>& freeRecSizes);
   VX_RET_STATUS openExisting(const char* path, VX_FILE_MODE mode, unsigned char buffered, unsigned int bufferSize,
                              unsigned int& userHeaderSize, char** userHeader, unsigned int& recSize);
-  VX_RET_STATUS copyFrom(const VX_FileBinaryRec& other);
+  // Shares the other object's state (null when it has no file open), letting go of our own.
+  void copyFrom(const VX_FileBinaryRec& other);
+  void releaseState();
   // Undoes a failed open: our state, and the stream when this call opened it.
   VX_RET_STATUS abandon(VX_RET_STATUS status, bool streamOpened);
 
+  // The stream position and the file's end as kept in memory; learnt from the stream when unknown
+  // (-1 when even that fails).
+  VX_FILEREC_LOCAL long here();
+  VX_FILEREC_LOCAL long fileEnd();
+  // Makes both unknown. Part of the interface: the field-transfer templates above call it.
+  void forgetPosition();
+  // Moves the stream to `offset` unless it is there already.
+  VX_FILEREC_LOCAL VX_RET_STATUS moveTo(long offset);
+  // Plain transfers at the current position that keep the position and the end in step.
+  VX_FILEREC_LOCAL VX_RET_STATUS transfer(bool writing, void* data, unsigned int size);
   // Raw transfers at an offset, bypassing the record layer.
   VX_RET_STATUS readAt(long offset, void* data, unsigned int size);
   VX_RET_STATUS writeAt(long offset, const void* data, unsigned int size);
@@ -231,16 +282,24 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   // What was just written must reach the file now, so that a full disk shows at the write that
   // met it; what a refused flush could not write is discarded. With a private buffer record
   // writes skip the flush unless `always` (header, table and user header rewrites, close).
-  VX_RET_STATUS commitWrite(bool always = false);
+  VX_FILEREC_LOCAL VX_RET_STATUS commitWrite(bool always = false);
 
-  long firstRecOffset() const;
-  unsigned int fixedRecSize();
+  VX_FILEREC_LOCAL long firstRecOffset() const;
+  VX_FILEREC_LOCAL unsigned int fixedRecSize();
   // Bytes one fixed record takes on disk, its record header included.
-  unsigned int fixedRecSpan();
+  VX_FILEREC_LOCAL unsigned int fixedRecSpan();
+  // The report and status of a block whose size is not a fixed file's record size.
+  VX_RET_STATUS wrongSize(const char* what, unsigned int n);
+  // A read of `size` bytes at `offset` that the file cannot satisfy fails here, as the plain
+  // read would, before any block is sized for it.
+  VX_RET_STATUS readable(long offset, uint64_t size);
+  // The size a whole object moves as: `size`, or (reading) the record size for 0 in a fixed
+  // file, whose other sizes are refused.
+  VX_RET_STATUS objectSize(bool reading, unsigned int& size);
   // The checks a record read or write starts with: an open file, the position (leniently),
   // the data pointer, and n = size * count against a fixed file's record size (0 stands for it).
-  VX_RET_STATUS startTransfer(const void* data, unsigned int size, unsigned int count, const char* what,
-                              unsigned int& n, unsigned line);
+  VX_FILEREC_LOCAL VX_RET_STATUS startTransfer(const void* data, unsigned int size, unsigned int count,
+                                                const char* what, unsigned int& n, unsigned line);
   // Reports damage found at `offset` and yields VX_RET_ERR_FILE.
   VX_RET_STATUS damaged(const char* what, const char* why, long offset);
   // The header of the record at `offset` (a fixed file without record headers gets the one a
@@ -256,13 +315,12 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS findFreeRec(VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size, unsigned char allocate,
                             long& offset);
   // The end of the file, where a new record goes; -1 (reported) when it cannot be had.
-  long appendOffset();
+  VX_FILEREC_LOCAL long appendOffset();
 
   unsigned char enabled;
-  VX_FileBinrecHdr hdr;
   unsigned int recHdrSize;
-  unsigned char variable;
-  VX_Array<VX_FileBinrecTblEntry> freeRecTbl;
+  VX_FileBinrecState* state;  // null while no file is open
+#undef VX_FILEREC_LOCAL
 };
 
 #endif

@@ -27,7 +27,7 @@ const char FormatComment[] = "Vorlaxe binary record file";
 const char* const ArgHeading = "VX_FileBinaryRec arg verification()";
 const char* const IoHeading = "VX_FileBinaryRec read/write";
 const char* const DumpStars = "****************************************************\n";
-enum : unsigned { VersionField = 33, CommentField = 65, TableChunk = 64 };
+enum : unsigned { VersionField = 33, CommentField = 65, TableChunk = 64, WriteChunk = 512 };
 
 // Header field offsets inside the 116 bytes.
 enum : unsigned {
@@ -91,6 +91,14 @@ void decodeRecHdr(const char* in, VX_FileBinrecRecHdr& r) {
   r.nextFree = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(in + 8, 4)));
 }
 
+// What encodeRecHdr makes of liveRecHdr(size), written straight into the bytes: every record
+// write starts with it.
+void encodeLiveRecHdr(unsigned size, char* out) {
+  std::memset(out, 0, 4);
+  VX_putLE(out + 4, size, 4);
+  VX_putLE(out + 8, 0xffffffffu, 4);
+}
+
 VX_FileBinrecRecHdr liveRecHdr(unsigned size) {
   VX_FileBinrecRecHdr r{};
   r.size = size;
@@ -100,10 +108,69 @@ VX_FileBinrecRecHdr liveRecHdr(unsigned size) {
 
 }  // namespace
 
+// One open record file's shared part. `pos` and `end` mirror the stream: every transfer and move
+// the record layer makes keeps them in step, so that an append needs neither a seek to the end
+// nor a question to the system about where the stream is; -1 means "not known, ask the stream".
+struct VX_FileBinrecState {
+  unsigned users = 1;
+  VX_FileBinrecHdr hdr{};
+  unsigned char variable = 0;
+  unsigned recSize = 0;  // a fixed file's record size (the table's one entry, never changed), else 0
+  uint64_t spanFactor = 0;  // 2^64 / the record span, rounded up: see recordBoundary
+  VX_Array<VX_FileBinrecTblEntry> freeRecTbl{0, 1};
+  long pos = -1;
+  long end = -1;
+};
+
+namespace {
+
+// The layout questions every record operation asks, answered from the state alone so that the
+// append path makes no calls for them.
+long firstRecordOf(const VX_FileBinrecState& s) {
+  return static_cast<long>(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * uint64_t{s.hdr.dim} +
+                           s.hdr.userHdrSize);
+}
+
+unsigned fixedSpanOf(const VX_FileBinrecState& s) {
+  return s.recSize + (s.hdr.recHeaders ? unsigned{VX_FILE_BINREC_REC_HDR_SIZE} : 0u);
+}
+
+// Whether a record may start at `offset`: in the record area and, in a fixed file, on a record
+// boundary.
+bool recordBoundary(const VX_FileBinrecState& s, long offset) {
+  long rel = offset - firstRecordOf(s);
+  if (rel < 0) return false;
+  unsigned span = s.variable ? 0 : fixedSpanOf(s);
+  if (!span) return true;
+  // A 32-bit number n is a multiple of span exactly when n * ceil(2^64 / span), taken modulo
+  // 2^64, is below ceil(2^64 / span): one multiplication instead of a division on every record.
+  if (rel <= MaxOffset) return static_cast<uint32_t>(rel) * s.spanFactor <= s.spanFactor - 1;
+  return static_cast<uint64_t>(rel) % span == 0;
+}
+
+// Fixed or variable, as the table says, and what follows from it; once the table is known.
+void settleLayout(VX_FileBinrecState& s) {
+  s.variable = !(s.hdr.dim == 1 && s.freeRecTbl[0].recSize != 0);
+  s.recSize = s.variable ? 0 : s.freeRecTbl[0].recSize;
+  unsigned span = fixedSpanOf(s);
+  s.spanFactor = s.variable || !span ? 0 : ~uint64_t{0} / span + 1;
+}
+
+// The free list that serves records of `size` bytes: in a variable file the first of that size,
+// else the first list; a fixed file has only one.
+unsigned freeListIndex(VX_FileBinrecState& s, unsigned size) {
+  if (!s.variable) return 0;
+  for (unsigned i = 0; i < s.freeRecTbl.numElems(); ++i)
+    if (s.freeRecTbl[i].recSize == size) return i;
+  return 0;
+}
+
+}  // namespace
+
 // ---------------------------------------------------------------------------------------------
 // Life cycle
 
-VX_FileBinaryRec::VX_FileBinaryRec() : freeRecTbl(0, 1) {
+VX_FileBinaryRec::VX_FileBinaryRec() {
   VX_setUserError(0);
   initDataMembers();
 }
@@ -111,8 +178,7 @@ VX_FileBinaryRec::VX_FileBinaryRec() : freeRecTbl(0, 1) {
 VX_FileBinaryRec::VX_FileBinaryRec(const char* path, unsigned char buffered, unsigned int bufferSize,
                                    unsigned int recSize, unsigned char recHeaders, const char* userHeader,
                                    unsigned int userHeaderSize, unsigned int dim,
-                                   VX_Array<unsigned int>& freeRecSizes)
-    : freeRecTbl(0, 1) {
+                                   VX_Array<unsigned int>& freeRecSizes) {
   VX_setUserError(0);
   initDataMembers();
   if (create(path, buffered, bufferSize, recSize, recHeaders, userHeader, userHeaderSize, dim, freeRecSizes) > 2)
@@ -121,14 +187,13 @@ VX_FileBinaryRec::VX_FileBinaryRec(const char* path, unsigned char buffered, uns
 
 VX_FileBinaryRec::VX_FileBinaryRec(const char* path, VX_FILE_MODE mode, unsigned char buffered,
                                    unsigned int bufferSize, unsigned int& userHeaderSize, char** userHeader,
-                                   unsigned int& recSize)
-    : freeRecTbl(0, 1) {
+                                   unsigned int& recSize) {
   VX_setUserError(0);
   initDataMembers();
   if (openExisting(path, mode, buffered, bufferSize, userHeaderSize, userHeader, recSize) > 2) enabled = 0;
 }
 
-VX_FileBinaryRec::VX_FileBinaryRec(const VX_FileBinaryRec& other) : VX_FileBinary(other), freeRecTbl(0, 1) {
+VX_FileBinaryRec::VX_FileBinaryRec(const VX_FileBinaryRec& other) : VX_FileBinary(other) {
   VX_setUserError(0);
   initDataMembers();
   if (!other.enabled) {
@@ -136,7 +201,7 @@ VX_FileBinaryRec::VX_FileBinaryRec(const VX_FileBinaryRec& other) : VX_FileBinar
     VX_REPORT_STATUS(VX_RET_ERR_POBJ);
     return;
   }
-  if (copyFrom(other) > 2) enabled = 0;
+  copyFrom(other);
 }
 
 VX_FileBinaryRec::~VX_FileBinaryRec() {
@@ -159,34 +224,28 @@ VX_FileBinaryRec& VX_FileBinaryRec::operator=(const VX_FileBinaryRec& other) {
   return *this;
 }
 
-// Takes the other object's header and table; when the table cannot be copied this object lets
-// go of the shared stream and is left closed, never half copied.
-VX_RET_STATUS VX_FileBinaryRec::copyFrom(const VX_FileBinaryRec& other) {
-  freeRecTbl = other.freeRecTbl;
-  if (freeRecTbl.numElems() != other.freeRecTbl.numElems()) {
-    VX_FileBinary::close();
-    cleanupDataMembers();
-    initDataMembers();
-    return VX_RET_ERR_MEM;  // the array has reported it
-  }
-  hdr = other.hdr;
-  recHdrSize = other.recHdrSize;
-  variable = other.variable;
-  return VX_RET_TRUE;
+// One table for every object on the stream: a copy that kept its own would hand out a free
+// record that the others still list as free.
+void VX_FileBinaryRec::copyFrom(const VX_FileBinaryRec& other) {
+  if (state == other.state) return;
+  releaseState();
+  state = other.state;
+  if (state) ++state->users;
+}
+
+void VX_FileBinaryRec::releaseState() {
+  if (state && --state->users == 0) VX_deleteObject(state);
+  state = nullptr;
 }
 
 void VX_FileBinaryRec::initDataMembers() {
   enabled = 1;
-  std::memset(&hdr, 0, sizeof hdr);
   recHdrSize = VX_FILE_BINREC_REC_HDR_SIZE;
-  variable = 0;
-  freeRecTbl.reallocate(0);
+  state = nullptr;
 }
 
 void VX_FileBinaryRec::cleanupDataMembers() {
-  freeRecTbl.reallocate(0);
-  std::memset(&hdr, 0, sizeof hdr);
-  variable = 0;
+  releaseState();
   enabled = 0;
 }
 
@@ -196,7 +255,7 @@ unsigned char VX_FileBinaryRec::operator==(const VX_FileBinaryRec& other) const 
 }
 
 VX_RET_STATUS VX_FileBinaryRec::usable(unsigned line) {
-  if (!enabled || !VX_FileBinary::objIsEnabled() || !fileStream())
+  if (!enabled || !state || !VX_FileBinary::objIsEnabled() || !fileStream())
     return VX_reportFail(VX_RET_ERR_POBJ, VX_MODULE_LABEL, line);
   return VX_RET_TRUE;
 }
@@ -270,21 +329,24 @@ VX_RET_STATUS VX_FileBinaryRec::create(const char* path, unsigned char buffered,
   }
   VX_RET_STATUS st = VX_FileBinary::open(path, VX_FILE_CREATE, buffered, bufferSize);
   if (st > 2) return abandon(st, false);
+  state = VX_newObject<VX_FileBinrecState>();
+  if (!state) return abandon(VX_FAIL(VX_RET_ERR_MEM), true);
+  state->pos = state->end = 0;  // just created: empty, at its start
 
-  st = freeRecTbl.reallocate(dim);
+  st = state->freeRecTbl.reallocate(dim);
   if (st > 2) return abandon(st, true);
   for (unsigned i = 0; i < dim; ++i) {
     // Sizes the caller did not list serve as catch-all lists.
     unsigned size = recSize ? recSize : i < freeRecSizes.numElems() ? freeRecSizes[i] : 0;
-    freeRecTbl[i] = VX_FileBinrecTblEntry{size, -1};
+    state->freeRecTbl[i] = VX_FileBinrecTblEntry{size, -1};
   }
-  hdr.base.hdrSize = VX_FILE_BINREC_HDR_SIZE;
-  storeTextField(hdr.base.version, VersionField, FormatVersion);
-  storeTextField(hdr.base.comment, CommentField, FormatComment);
-  hdr.userHdrSize = userHeaderSize;
-  hdr.dim = dim;
-  hdr.recHeaders = recHeaders;
-  variable = !(dim == 1 && freeRecTbl[0].recSize != 0);
+  state->hdr.base.hdrSize = VX_FILE_BINREC_HDR_SIZE;
+  storeTextField(state->hdr.base.version, VersionField, FormatVersion);
+  storeTextField(state->hdr.base.comment, CommentField, FormatComment);
+  state->hdr.userHdrSize = userHeaderSize;
+  state->hdr.dim = dim;
+  state->hdr.recHeaders = recHeaders;
+  settleLayout(*state);
 
   st = writeHeaderAndTable();
   if (st <= 2 && userHeaderSize) st = writeAt(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * dim, userHeader,
@@ -306,17 +368,19 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
   initDataMembers();
   VX_RET_STATUS st = VX_FileBinary::open(path, mode, buffered, bufferSize);
   if (st > 2) return abandon(st, false);
+  state = VX_newObject<VX_FileBinrecState>();
+  if (!state) return abandon(VX_FAIL(VX_RET_ERR_MEM), true);
 
   const char* heading = "VX_FileBinaryRec open";
-  long fileLength = length();
+  long fileLength = fileEnd();
   char raw[VX_FILE_BINREC_HDR_SIZE];
   char version[VersionField];
   bool recognised = fileLength >= static_cast<long>(VX_FILE_BINREC_HDR_SIZE);
   if (recognised) {
     st = readAt(0, raw, VX_FILE_BINREC_HDR_SIZE);
     if (st > 2) return abandon(st, true);
-    decodeHeader(raw, hdr);
-    loadTextField(version, hdr.base.version, VersionField);
+    decodeHeader(raw, state->hdr);
+    loadTextField(version, state->hdr.base.version, VersionField);
     recognised = std::strcmp(version, FormatVersion) == 0;
   }
   if (!recognised) {
@@ -325,11 +389,11 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
   }
 
   // Everything the header claims must lie inside the file before anything is sized from it.
-  uint64_t firstRecord = VX_FILE_BINREC_HDR_SIZE + uint64_t{VX_FILE_BINREC_TBL_ENTRY_SIZE} * hdr.dim + hdr.userHdrSize;
+  uint64_t firstRecord = static_cast<uint64_t>(firstRecordOf(*state));
   const char* damage = nullptr;
-  if (hdr.base.hdrSize != VX_FILE_BINREC_HDR_SIZE)
+  if (state->hdr.base.hdrSize != VX_FILE_BINREC_HDR_SIZE)
     damage = "header size is not 116";
-  else if (hdr.dim == 0)
+  else if (state->hdr.dim == 0)
     damage = "free record table is empty";
   else if (firstRecord > static_cast<uint64_t>(fileLength))
     damage = "free record table or user header runs past the end of the file";
@@ -338,18 +402,27 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
     return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
   }
 
-  st = freeRecTbl.reallocate(hdr.dim);
+  st = state->freeRecTbl.reallocate(state->hdr.dim);
   if (st <= 2) st = readTable();
   if (st > 2) return abandon(st, true);
-  variable = !(hdr.dim == 1 && freeRecTbl[0].recSize != 0);
-  if (!variable && freeRecTbl[0].recSize > static_cast<unsigned long>(MaxOffset)) {
-    VX_REPORT_ERROR(heading, "Damaged record file <%s>: record size %u is larger than any file\n", path,
-                    freeRecTbl[0].recSize);
-    return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
+  settleLayout(*state);
+  if (!state->variable) {
+    // Records lie back to back from the first one on: when there are any, the first must be
+    // whole, which also bounds every block later sized from the record size.
+    uint64_t span = uint64_t{fixedRecSpan()};
+    const char* why = nullptr;
+    if (state->recSize > static_cast<unsigned long>(MaxOffset))
+      why = "is larger than any file";
+    else if (static_cast<uint64_t>(fileLength) > firstRecord && firstRecord + span > static_cast<uint64_t>(fileLength))
+      why = "is larger than the records the file holds";
+    if (why) {
+      VX_REPORT_ERROR(heading, "Damaged record file <%s>: record size %u %s\n", path, state->recSize, why);
+      return abandon(VX_FAIL(VX_RET_ERR_FILE), true);
+    }
   }
-  if (hdr.recHeaders) {
-    for (unsigned i = 0; i < hdr.dim; ++i) {
-      long first = freeRecTbl[i].firstFree;
+  if (state->hdr.recHeaders) {
+    for (unsigned i = 0; i < state->hdr.dim; ++i) {
+      long first = state->freeRecTbl[i].firstFree;
       if (first != -1 && (first < firstRecOffset() || first + long{VX_FILE_BINREC_REC_HDR_SIZE} > fileLength)) {
         VX_REPORT_ERROR(heading, "Damaged record file <%s>: free list %u starts outside the records (%ld)\n", path, i,
                         first);
@@ -361,7 +434,7 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
     st = readUserHeader(userHeader, userHeaderSize);
     if (st > 2) return abandon(st, true);
   }
-  st = seek(firstRecOffset(), 0);
+  st = moveTo(firstRecOffset());
   if (st > 2) {
     if (userHeader) {
       VX_free(*userHeader);
@@ -369,8 +442,8 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
     }
     return abandon(st, true);
   }
-  userHeaderSize = hdr.userHdrSize;
-  recSize = hdr.dim < 2 ? freeRecTbl[0].recSize : 0;
+  userHeaderSize = state->hdr.userHdrSize;
+  recSize = state->hdr.dim < 2 ? state->freeRecTbl[0].recSize : 0;
   return VX_RET_TRUE;
 }
 
@@ -378,7 +451,8 @@ VX_RET_STATUS VX_FileBinaryRec::close() {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   VX_RET_STATUS st = VX_RET_TRUE;
-  if (fileStream() && getMode() != VX_FILE_READ && freeRecTbl.numElems() == hdr.dim && hdr.dim) {
+  if (state && fileStream() && getMode() != VX_FILE_READ && state->freeRecTbl.numElems() == state->hdr.dim &&
+      state->hdr.dim) {
     st = writeTable();
     if (st <= 2) st = commitWrite(true);
   }
@@ -391,21 +465,16 @@ VX_RET_STATUS VX_FileBinaryRec::close() {
 // ---------------------------------------------------------------------------------------------
 // Layout helpers
 
-long VX_FileBinaryRec::firstRecOffset() const {
-  return static_cast<long>(VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * uint64_t{hdr.dim} +
-                           hdr.userHdrSize);
-}
+long VX_FileBinaryRec::firstRecOffset() const { return firstRecordOf(*state); }
 
-unsigned int VX_FileBinaryRec::fixedRecSize() { return variable || !freeRecTbl.numElems() ? 0 : freeRecTbl[0].recSize; }
+unsigned int VX_FileBinaryRec::fixedRecSize() { return state ? state->recSize : 0; }
 
-unsigned int VX_FileBinaryRec::fixedRecSpan() {
-  return fixedRecSize() + (hdr.recHeaders ? recHdrSize : 0);
-}
+unsigned int VX_FileBinaryRec::fixedRecSpan() { return state ? fixedSpanOf(*state) : 0; }
 
 VX_RET_STATUS VX_FileBinaryRec::verifyOffset(long offset) {
   VX_setUserError(0);
-  long rel = offset - firstRecOffset();
-  if (rel < 0 || (!variable && fixedRecSpan() && rel % fixedRecSpan() != 0)) {
+  if (!state) return VX_FAIL(VX_RET_ERR_POBJ);
+  if (!recordBoundary(*state, offset)) {
     VX_REPORT_ERROR(IoHeading, "Invalid file offset for read/write operation: %ld\n", offset);
     return VX_RET_FALSE;
   }
@@ -414,25 +483,68 @@ VX_RET_STATUS VX_FileBinaryRec::verifyOffset(long offset) {
 
 unsigned int VX_FileBinaryRec::getFreeRecTblIndex(unsigned int size) {
   VX_setUserError(0);
-  if (!variable) return 0;
-  for (unsigned i = 0; i < freeRecTbl.numElems(); ++i)
-    if (freeRecTbl[i].recSize == size) return i;
-  return 0;
+  return state ? freeListIndex(*state, size) : 0;
 }
 
 // ---------------------------------------------------------------------------------------------
 // Raw transfers
 
-VX_RET_STATUS VX_FileBinaryRec::readAt(long offset, void* data, unsigned int size) {
-  VX_RET_STATUS st = seek(offset, 0);
-  if (st <= 2 && size) st = VX_FileBinary::read(data, size, 1);
+long VX_FileBinaryRec::here() {
+  if (state->pos < 0) state->pos = VX_File::tell();
+  return state->pos;
+}
+
+long VX_FileBinaryRec::fileEnd() {
+  if (state->end < 0) state->end = length();
+  return state->end;
+}
+
+void VX_FileBinaryRec::forgetPosition() {
+  if (!state) return;
+  state->pos = -1;
+  state->end = -1;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::seek(long offset, int whence) {
+  VX_setUserError(0);
+  forgetPosition();
+  return VX_File::seek(offset, whence);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::moveTo(long offset) {
+  if (offset >= 0 && state->pos == offset) return VX_RET_TRUE;
+  VX_RET_STATUS st = VX_File::seek(offset, 0);
+  state->pos = st > 2 ? -1 : offset;
   return st;
 }
 
-VX_RET_STATUS VX_FileBinaryRec::writeAt(long offset, const void* data, unsigned int size) {
-  VX_RET_STATUS st = seek(offset, 0);
-  if (st <= 2 && size) st = VX_FileBinary::write(data, size, 1);
+// A failed transfer leaves the stream somewhere unknown, and a failed write the length as well;
+// both are learnt again when next needed.
+VX_RET_STATUS VX_FileBinaryRec::transfer(bool writing, void* data, unsigned int size) {
+  if (!size) return VX_RET_TRUE;
+  long start = state->pos;
+  VX_RET_STATUS st = writing ? VX_File::write(data, size, 1) : VX_File::read(data, size, 1);
+  if (st > 2) {
+    forgetPosition();
+    return st;
+  }
+  if (start >= 0) {
+    state->pos = start + static_cast<long>(size);
+    if (writing && state->end >= 0 && state->pos > state->end) state->end = state->pos;
+  } else if (writing) {
+    state->end = -1;
+  }
   return st;
+}
+
+VX_RET_STATUS VX_FileBinaryRec::readAt(long offset, void* data, unsigned int size) {
+  VX_RET_STATUS st = moveTo(offset);
+  return st > 2 ? st : transfer(false, data, size);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::writeAt(long offset, const void* data, unsigned int size) {
+  VX_RET_STATUS st = moveTo(offset);
+  return st > 2 ? st : transfer(true, const_cast<void*>(data), size);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::readRecHdr(long offset, VX_FileBinrecRecHdr& rec) {
@@ -451,24 +563,25 @@ VX_RET_STATUS VX_FileBinaryRec::writeRecHdr(long offset, const VX_FileBinrecRecH
 // The table moves in small chunks through a buffer on the stack, whatever its dim.
 VX_RET_STATUS VX_FileBinaryRec::tableIO(bool writing) {
   char raw[TableChunk * VX_FILE_BINREC_TBL_ENTRY_SIZE];
-  unsigned dim = freeRecTbl.numElems();
+  unsigned dim = state->freeRecTbl.numElems();
   for (unsigned done = 0; done < dim;) {
     unsigned n = dim - done < TableChunk ? dim - done : TableChunk;
     unsigned bytes = n * VX_FILE_BINREC_TBL_ENTRY_SIZE;
     if (writing) {
       for (unsigned i = 0; i < n; ++i) {
-        VX_FileBinrecTblEntry& e = freeRecTbl[done + i];
+        VX_FileBinrecTblEntry& e = state->freeRecTbl[done + i];
         VX_putLE(raw + 8 * i, e.recSize, 4);
         VX_putLE(raw + 8 * i + 4, static_cast<uint32_t>(e.firstFree), 4);
       }
-      VX_RET_STATUS st = VX_FileBinary::write(raw, bytes, 1);
+      VX_RET_STATUS st = transfer(true, raw, bytes);
       if (st > 2) return st;
     } else {
-      VX_RET_STATUS st = VX_FileBinary::read(raw, bytes, 1);
+      VX_RET_STATUS st = transfer(false, raw, bytes);
       if (st > 2) return st;
       for (unsigned i = 0; i < n; ++i) {
-        freeRecTbl[done + i].recSize = static_cast<unsigned>(VX_getLE(raw + 8 * i, 4));
-        freeRecTbl[done + i].firstFree = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(raw + 8 * i + 4, 4)));
+        state->freeRecTbl[done + i].recSize = static_cast<unsigned>(VX_getLE(raw + 8 * i, 4));
+        int32_t first = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(raw + 8 * i + 4, 4)));
+        state->freeRecTbl[done + i].firstFree = first;
       }
     }
     done += n;
@@ -478,18 +591,18 @@ VX_RET_STATUS VX_FileBinaryRec::tableIO(bool writing) {
 
 VX_RET_STATUS VX_FileBinaryRec::writeHeaderAndTable() {
   char raw[VX_FILE_BINREC_HDR_SIZE];
-  encodeHeader(hdr, raw);
+  encodeHeader(state->hdr, raw);
   VX_RET_STATUS st = writeAt(0, raw, sizeof raw);
   return st > 2 ? st : tableIO(true);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::writeTable() {
-  VX_RET_STATUS st = seek(VX_FILE_BINREC_HDR_SIZE, 0);
+  VX_RET_STATUS st = moveTo(VX_FILE_BINREC_HDR_SIZE);
   return st > 2 ? st : tableIO(true);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::readTable() {
-  VX_RET_STATUS st = seek(VX_FILE_BINREC_HDR_SIZE, 0);
+  VX_RET_STATUS st = moveTo(VX_FILE_BINREC_HDR_SIZE);
   return st > 2 ? st : tableIO(false);
 }
 
@@ -499,6 +612,7 @@ VX_RET_STATUS VX_FileBinaryRec::commitWrite(bool always) {
   if (std::fflush(fp) == 0) return VX_RET_TRUE;
   __fpurge(fp);
   std::clearerr(fp);
+  forgetPosition();
   VX_REPORT_ERROR("write()", "fwrite() failed.");
   return VX_RET_ERR_GEN;
 }
@@ -516,8 +630,8 @@ VX_RET_STATUS VX_FileBinaryRec::damaged(const char* what, const char* why, long 
 
 VX_RET_STATUS VX_FileBinaryRec::recordAt(long offset, long fileLength, VX_FileBinrecRecHdr& rec, const char* what) {
   if (offset < firstRecOffset() || offset > fileLength) return damaged(what, "record outside the record area", offset);
-  if (!hdr.recHeaders) {
-    if (variable) {
+  if (!state->hdr.recHeaders) {
+    if (state->variable) {
       VX_REPORT_ERROR(what, "Records of a variable file without record headers cannot be walked\n");
       return VX_FAIL(VX_RET_ERR_GEN);
     }
@@ -528,7 +642,7 @@ VX_RET_STATUS VX_FileBinaryRec::recordAt(long offset, long fileLength, VX_FileBi
     VX_RET_STATUS st = readRecHdr(offset, rec);
     if (st > 2) return st;
   }
-  uint64_t span = variable ? uint64_t{recHdrSize} + rec.size : fixedRecSpan();
+  uint64_t span = state->variable ? uint64_t{recHdrSize} + rec.size : fixedRecSpan();
   if (static_cast<uint64_t>(offset) + span > static_cast<uint64_t>(fileLength))
     return damaged(what, "record runs past the end of the file", offset);
   return VX_RET_TRUE;
@@ -537,20 +651,32 @@ VX_RET_STATUS VX_FileBinaryRec::recordAt(long offset, long fileLength, VX_FileBi
 // ---------------------------------------------------------------------------------------------
 // Records at the current position
 
+VX_RET_STATUS VX_FileBinaryRec::wrongSize(const char* what, unsigned int n) {
+  VX_REPORT_ERROR(what, "Size of data block (%u) is different than predefined size (%u)\n", n, fixedRecSize());
+  return VX_FAIL(VX_RET_ERR_ARG);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::readable(long offset, uint64_t size) {
+  long end = fileEnd();
+  if (end < 0) return VX_RET_ERR_GEN;  // the stream has reported why
+  if (offset >= 0 && static_cast<uint64_t>(offset) + size > static_cast<uint64_t>(end)) {
+    VX_REPORT_ERROR("read()", "fread() failed.");
+    return VX_RET_ERR_GEN;
+  }
+  return VX_RET_TRUE;
+}
+
 VX_RET_STATUS VX_FileBinaryRec::startTransfer(const void* data, unsigned int size, unsigned int count,
                                               const char* what, unsigned int& n, unsigned line) {
   VX_RET_STATUS st = usable(line);
   if (st > 2) return st;
-  verifyOffset(tell());
+  if (!recordBoundary(*state, here())) verifyOffset(here());  // reported; the transfer goes ahead
   if (!data) return VX_FAIL(VX_RET_ERR_ARG);
   uint64_t bytes = uint64_t{size} * count;
   if (bytes > 0xffffffffu) return VX_FAIL(VX_RET_ERR_ARG);
   n = static_cast<unsigned>(bytes);
-  if (n == 0 && !variable) n = fixedRecSize();
-  if (!variable && n != fixedRecSize()) {
-    VX_REPORT_ERROR(what, "Size of data block (%u) is different than predefined size (%u)\n", n, fixedRecSize());
-    return VX_FAIL(VX_RET_ERR_ARG);
-  }
+  if (n == 0 && !state->variable) n = fixedRecSize();
+  if (!state->variable && n != fixedRecSize()) return wrongSize(what, n);
   return VX_RET_TRUE;
 }
 
@@ -560,12 +686,19 @@ VX_RET_STATUS VX_FileBinaryRec::write(void const* data, unsigned int size, unsig
   VX_RET_STATUS st = startTransfer(data, size, count, "VX_FileBinaryRec write", n, __LINE__);
   if (st > 2) return st;
   if (n == 0) return VX_RET_TRUE;  // only a variable file gets here
-  if (hdr.recHeaders) {
-    char raw[VX_FILE_BINREC_REC_HDR_SIZE];
-    encodeRecHdr(liveRecHdr(n), raw);
-    st = VX_FileBinary::write(raw, sizeof raw, 1);
+  // A small record goes out with its header in one transfer: on an unbuffered stream that is
+  // one system write instead of two.
+  char joined[WriteChunk];
+  const char* data8 = static_cast<const char*>(data);
+  unsigned head = state->hdr.recHeaders ? recHdrSize : 0;
+  if (head) encodeLiveRecHdr(n, joined);
+  if (head && n <= sizeof joined - head) {
+    std::memcpy(joined + head, data8, n);
+    st = transfer(true, joined, head + n);
+  } else {
+    st = transfer(true, joined, head);
+    if (st <= 2) st = transfer(true, const_cast<char*>(data8), n);
   }
-  if (st <= 2) st = VX_FileBinary::write(data, n, 1);
   if (st > 2) {
     __fpurge(fileStream());  // what did not fit must not reach the file later
     return st;
@@ -578,31 +711,35 @@ VX_RET_STATUS VX_FileBinaryRec::read(void* data, unsigned int size, unsigned int
   unsigned n = 0;
   VX_RET_STATUS st = startTransfer(data, size, count, "VX_FileBinaryRec read", n, __LINE__);
   if (st > 2) return st;
-  if (hdr.recHeaders) {
+  if (state->hdr.recHeaders) {
     char raw[VX_FILE_BINREC_REC_HDR_SIZE];
-    st = VX_FileBinary::read(raw, sizeof raw, 1);
+    st = transfer(false, raw, sizeof raw);
     if (st > 2) return st;
   }
-  return n ? VX_FileBinary::read(data, n, 1) : VX_RET_TRUE;
+  return transfer(false, data, n);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::read(VX_Memory& mem) {
   VX_setUserError(0);
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  if (!variable || !hdr.recHeaders) {
-    unsigned n = variable ? mem.memSize() : fixedRecSize();
-    if (!variable) st = mem.memGet(n);
-    if (st > 2) return st;
+  long offset = here();
+  if (!state->variable) {
+    // The record size comes from the file: the block is sized only once the file holds it all.
+    st = readable(offset, uint64_t{fixedRecSpan()});
+    if (st <= 2) st = mem.memGet(fixedRecSize());
+    return st > 2 ? st : read(mem.memPtr(), fixedRecSize(), 1);
+  }
+  if (!state->hdr.recHeaders) {
+    unsigned n = mem.memSize();
     return n ? read(mem.memPtr(), n, 1) : VX_RET_TRUE;
   }
   // The size comes from the record header and is trusted only as far as the file reaches.
-  verifyOffset(tell());
-  long offset = tell();
-  long fileLength = length();
+  verifyOffset(offset);
+  long fileLength = fileEnd();
   if (offset >= fileLength) {  // no record here at all: the end of the file, as the plain read meets it
-    char raw[VX_FILE_BINREC_REC_HDR_SIZE];
-    return VX_FileBinary::read(raw, sizeof raw, 1);
+    VX_REPORT_ERROR("read()", "fread() failed.");
+    return VX_RET_ERR_GEN;
   }
   VX_FileBinrecRecHdr rec;
   st = recordAt(offset, fileLength, rec, "VX_FileBinaryRec read");
@@ -616,8 +753,36 @@ VX_RET_STATUS VX_FileBinaryRec::write(VX_Memory& mem) {
   VX_setUserError(0);
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  if (!mem.memPtr() && variable) return VX_RET_TRUE;  // an empty block is an empty record
+  if (!state->variable && mem.memSize() != fixedRecSize()) return wrongSize("VX_FileBinaryRec write", mem.memSize());
+  if (!mem.memPtr() && state->variable) return VX_RET_TRUE;  // an empty block is an empty record
   return write(mem.memPtr(), mem.memSize(), 1);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::objectSize(bool reading, unsigned int& size) {
+  VX_RET_STATUS st = usable(__LINE__);
+  if (st > 2) return st;
+  if (state->variable) return VX_RET_TRUE;
+  if (size == 0 && reading) size = fixedRecSize();
+  return size == fixedRecSize() ? VX_RET_TRUE
+                                : wrongSize(reading ? "VX_FileBinaryRec read" : "VX_FileBinaryRec write", size);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::read(VX_Persistable& obj) {
+  VX_setUserError(0);
+  return read(obj, obj.getPackedSize(VX_systemVersionRead, VX_STORAGE_BINARY));
+}
+
+VX_RET_STATUS VX_FileBinaryRec::read(VX_Persistable& obj, unsigned int size) {
+  VX_setUserError(0);
+  VX_RET_STATUS st = objectSize(true, size);
+  return st > 2 ? st : readObject(obj, size, true);
+}
+
+VX_RET_STATUS VX_FileBinaryRec::write(VX_Persistable& obj) {
+  VX_setUserError(0);
+  unsigned size = obj.getPackedSize(VX_systemVersionWrite, VX_STORAGE_BINARY);
+  VX_RET_STATUS st = objectSize(false, size);
+  return st > 2 ? st : writeObject(obj);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -631,12 +796,12 @@ VX_RET_STATUS VX_FileBinaryRec::subRange(bool writing, long recOffset, unsigned 
   verifyOffset(recOffset);
   if (recOffset > MaxOffset) return VX_FAIL(VX_RET_ERR_ARG);
   unsigned recordBytes = fixedRecSize();
-  if (variable) {
-    if (!hdr.recHeaders) {
+  if (state->variable) {
+    if (!state->hdr.recHeaders) {
       recordBytes = 0xffffffffu;  // nothing on disk says where such a record ends
     } else {
       VX_FileBinrecRecHdr rec;
-      st = recordAt(recOffset, length(), rec, what);
+      st = recordAt(recOffset, fileEnd(), rec, what);
       if (st > 2) return st;
       recordBytes = rec.size;
     }
@@ -646,8 +811,8 @@ VX_RET_STATUS VX_FileBinaryRec::subRange(bool writing, long recOffset, unsigned 
                     recordBytes);
     return VX_FAIL(VX_RET_ERR_ARG);
   }
-  at = recOffset + (hdr.recHeaders ? recHdrSize : 0) + subOffset;
-  return VX_RET_TRUE;
+  at = recOffset + (state->hdr.recHeaders ? recHdrSize : 0) + subOffset;
+  return writing ? VX_RET_TRUE : readable(at, size);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::readSubRec(void* data, long recOffset, unsigned int subOffset, unsigned int size) {
@@ -689,15 +854,15 @@ VX_RET_STATUS VX_FileBinaryRec::writeSubRec(VX_Memory& mem, long recOffset, unsi
 // Free records
 
 long VX_FileBinaryRec::appendOffset() {
-  if (seek(0, 2) > 2) return -1;
-  long end = tell();
+  long end = fileEnd();
+  if (end < 0) return -1;  // reported where it failed
   if (end > MaxOffset) {
     VX_REPORT_ERROR("VX_FileBinaryRec getFreeRec", "The file is full: records cannot start beyond offset %ld\n",
                     MaxOffset);
     VX_REPORT_STATUS(VX_RET_ERR_GEN);
     return -1;
   }
-  return end;
+  return moveTo(end) > 2 ? -1 : end;
 }
 
 VX_RET_STATUS VX_FileBinaryRec::searchFreeRec(unsigned int size, unsigned char exact, unsigned char allocate,
@@ -706,22 +871,22 @@ VX_RET_STATUS VX_FileBinaryRec::searchFreeRec(unsigned int size, unsigned char e
   offset = -1;
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  if (!hdr.recHeaders) return VX_RET_FALSE;
-  if (!variable && size != fixedRecSize()) {
+  if (!state->hdr.recHeaders) return VX_RET_FALSE;
+  if (!state->variable && size != fixedRecSize()) {
     VX_mesg("Error message", "getFreeRec(): incorrect record size %u\n              File records are %u in size\n",
             size, fixedRecSize());
     return VX_RET_FALSE;
   }
-  VX_FileBinrecTblEntry& list = freeRecTbl[getFreeRecTblIndex(size)];
+  VX_FileBinrecTblEntry& list = state->freeRecTbl[getFreeRecTblIndex(size)];
   if (list.firstFree == -1) {
     offset = appendOffset();
     return offset == -1 ? VX_RET_ERR_GEN : VX_RET_TRUE;
   }
-  long fileLength = length();
+  long fileLength = fileEnd();
   if (fileLength < 0) return VX_RET_ERR_GEN;
   VX_FileBinrecRecHdr rec;
 
-  if (!variable) {
+  if (!state->variable) {
     long head = list.firstFree;
     st = recordAt(head, fileLength, rec, what);
     if (st > 2) return st;
@@ -807,24 +972,34 @@ long VX_FileBinaryRec::autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH
   VX_setUserError(0);
   if (usable(__LINE__) > 2) return -1;
   // An empty record of a variable file would write nothing where a free record had been taken.
-  if (!data || (variable && size == 0)) {
+  if (!data || (state->variable && size == 0)) {
     VX_REPORT_STATUS(VX_RET_ERR_ARG);
     return -1;
   }
-  if (!variable && size == 0) size = fixedRecSize();
+  if (!state->variable && size == 0) size = fixedRecSize();
   long offset = -1;
-  if (findFreeRec(algo, size, 1, offset) > 2) return -1;
+  // With no free record to be had the record goes at the end, which is known: nothing is
+  // searched, read or moved. Any other case takes the full search (and its reports).
+  bool sizeServed = state->variable || size == state->recSize;
+  bool noneFree = !state->hdr.recHeaders || state->freeRecTbl[freeListIndex(*state, size)].firstFree == -1;
+  if (!(sizeServed && noneFree) && findFreeRec(algo, size, 1, offset) > 2) return -1;
   if (offset == -1) {
     offset = appendOffset();
     if (offset == -1) return -1;
-  } else if (seek(offset, 0) > 2) {
+  } else if (moveTo(offset) > 2) {
     return -1;
   }
   return write(data, size, 1) > 2 ? -1 : offset;
 }
 
+// A block is written as the size it has: in a fixed file an empty one does not stand for a record.
 long VX_FileBinaryRec::autoWrite(VX_Memory& mem, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo) {
   VX_setUserError(0);
+  if (usable(__LINE__) > 2) return -1;
+  if (!state->variable && mem.memSize() != fixedRecSize()) {
+    wrongSize("VX_FileBinaryRec autoWrite", mem.memSize());
+    return -1;
+  }
   return autoWrite(mem.memPtr(), algo, mem.memSize());
 }
 
@@ -832,7 +1007,7 @@ VX_RET_STATUS VX_FileBinaryRec::deleteRec(long offset) {
   VX_setUserError(0);
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  if (!hdr.recHeaders) {
+  if (!state->hdr.recHeaders) {
     VX_REPORT_ERROR("VX_FileBinaryRec deleteRec", "Records without record headers cannot be deleted\n");
     return VX_FAIL(VX_RET_ERR_GEN);
   }
@@ -841,26 +1016,26 @@ VX_RET_STATUS VX_FileBinaryRec::deleteRec(long offset) {
   VX_FileBinrecRecHdr rec;
   st = readRecHdr(offset, rec);
   if (st > 2) return st;
-  if (rec.deleted) return seek(offset, 0) > 2 ? VX_RET_ERR_GEN : VX_RET_FALSE;
-  VX_FileBinrecTblEntry& list = freeRecTbl[getFreeRecTblIndex(rec.size)];
+  if (rec.deleted) return moveTo(offset) > 2 ? VX_RET_ERR_GEN : VX_RET_FALSE;
+  VX_FileBinrecTblEntry& list = state->freeRecTbl[getFreeRecTblIndex(rec.size)];
   rec.deleted = 1;
   rec.nextFree = list.firstFree;
   st = writeRecHdr(offset, rec);
   if (st <= 2) st = commitWrite();
   if (st > 2) return st;
   list.firstFree = static_cast<int>(offset);
-  return seek(offset, 0);
+  return moveTo(offset);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::isDeleted() {
   VX_setUserError(0);
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  if (!hdr.recHeaders) return VX_RET_FALSE;
-  long pos = tell();
+  if (!state->hdr.recHeaders) return VX_RET_FALSE;
+  long pos = here();
   VX_FileBinrecRecHdr rec;
   st = readRecHdr(pos, rec);
-  VX_RET_STATUS back = seek(pos, 0);
+  VX_RET_STATUS back = moveTo(pos);
   if (st > 2) return st;
   if (back > 2) return back;
   return rec.deleted ? VX_RET_TRUE : VX_RET_FALSE;
@@ -870,8 +1045,8 @@ VX_RET_STATUS VX_FileBinaryRec::hasDeletedRecords() {
   VX_setUserError(0);
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  for (unsigned i = 0; i < freeRecTbl.numElems(); ++i)
-    if (freeRecTbl[i].firstFree != -1) return VX_RET_TRUE;
+  for (unsigned i = 0; i < state->freeRecTbl.numElems(); ++i)
+    if (state->freeRecTbl[i].firstFree != -1) return VX_RET_TRUE;
   return VX_RET_FALSE;
 }
 
@@ -884,16 +1059,16 @@ VX_RET_STATUS VX_FileBinaryRec::positionRec(unsigned long n) {
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
   if (n == 0) n = 1;
-  if (!variable) {
+  if (!state->variable) {
     uint64_t span = fixedRecSpan();
     if (span && (n - 1) > static_cast<uint64_t>(MaxOffset) / span) {
       VX_REPORT_ERROR(what, "Record %lu lies beyond the largest file offset\n", n);
       return VX_FAIL(VX_RET_ERR_ARG);
     }
-    return seek(static_cast<long>(firstRecOffset() + (n - 1) * span), 0);
+    return moveTo(static_cast<long>(firstRecOffset() + (n - 1) * span));
   }
-  long saved = tell();
-  long fileLength = length();
+  long saved = here();
+  long fileLength = fileEnd();
   long pos = firstRecOffset();
   for (unsigned long i = 1; i < n && st <= 2; ++i) {
     if (pos >= fileLength) {
@@ -906,28 +1081,28 @@ VX_RET_STATUS VX_FileBinaryRec::positionRec(unsigned long n) {
     pos += recHdrSize + rec.size;
   }
   if (st > 2) {
-    seek(saved, 0);
+    moveTo(saved);
     return st;
   }
-  return seek(pos, 0);
+  return moveTo(pos);
 }
 
 VX_RET_STATUS VX_FileBinaryRec::recAdvance() {
   VX_setUserError(0);
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  long pos = tell();
-  long fileLength = length();
+  long pos = here();
+  long fileLength = fileEnd();
   if (pos < 0 || fileLength < 0) return VX_RET_ERR_GEN;
   if (pos >= fileLength) return VX_RET_FALSE;
   VX_FileBinrecRecHdr rec;
   st = recordAt(pos, fileLength, rec, "VX_FileBinaryRec recAdvance");
   if (st > 2) {
-    seek(pos, 0);
+    moveTo(pos);
     return st;
   }
-  long next = pos + (variable ? recHdrSize + rec.size : fixedRecSpan());
-  st = seek(next, 0);
+  long next = pos + (state->variable ? recHdrSize + rec.size : fixedRecSpan());
+  st = moveTo(next);
   return st > 2 ? st : VX_RET_TRUE;
 }
 
@@ -939,18 +1114,18 @@ VX_RET_STATUS VX_FileBinaryRec::readUserHeader(char** header, unsigned int& size
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
   if (!header || *header) return VX_FAIL(VX_RET_ERR_ARG);
-  if (hdr.userHdrSize == 0) return VX_RET_FALSE;
-  char* block = static_cast<char*>(VX_malloc(hdr.userHdrSize));
+  if (state->hdr.userHdrSize == 0) return VX_RET_FALSE;
+  char* block = static_cast<char*>(VX_malloc(state->hdr.userHdrSize));
   if (!block) return VX_FAIL(VX_RET_ERR_MEM);
-  long saved = tell();
-  st = readAt(firstRecOffset() - hdr.userHdrSize, block, hdr.userHdrSize);
-  if (st <= 2) st = seek(saved, 0);
+  long saved = here();
+  st = readAt(firstRecOffset() - state->hdr.userHdrSize, block, state->hdr.userHdrSize);
+  if (st <= 2) st = moveTo(saved);
   if (st > 2) {
     VX_free(block);
     return st;
   }
   *header = block;
-  size = hdr.userHdrSize;
+  size = state->hdr.userHdrSize;
   return VX_RET_TRUE;
 }
 
@@ -958,17 +1133,17 @@ VX_RET_STATUS VX_FileBinaryRec::writeUserHeader(void const* header, unsigned int
   VX_setUserError(0);
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  if (size != hdr.userHdrSize) {
+  if (size != state->hdr.userHdrSize) {
     VX_REPORT_ERROR("VX_FileBinaryRec writeUserHeader", "User header size (%u) differs from the file's (%u)\n", size,
-                    hdr.userHdrSize);
+                    state->hdr.userHdrSize);
     return VX_FAIL(VX_RET_ERR_ARG);
   }
   if (size == 0) return VX_RET_FALSE;
   if (!header) return VX_FAIL(VX_RET_ERR_ARG);
-  long saved = tell();
+  long saved = here();
   st = writeAt(firstRecOffset() - size, header, size);
   if (st <= 2) st = commitWrite(true);
-  if (st <= 2) st = seek(saved, 0);
+  if (st <= 2) st = moveTo(saved);
   return st;
 }
 
@@ -983,70 +1158,70 @@ VX_RET_STATUS VX_FileBinaryRec::debugDump() {
   VX_OStream* outPtr = VX_coutPtr;
   if (!outPtr) return VX_FAIL(VX_RET_ERR_CALL);
   VX_OStream& out = *outPtr;
-  long saved = tell();
-  long fileLength = length();
+  long saved = here();
+  long fileLength = fileEnd();
   if (saved < 0 || fileLength < 0) return VX_RET_ERR_GEN;
 
   // The user header is shown as text, with bytes that are not printable as ".".
   char* user = nullptr;
-  if (hdr.userHdrSize) {
-    user = static_cast<char*>(VX_malloc(hdr.userHdrSize + 1u));
+  if (state->hdr.userHdrSize) {
+    user = static_cast<char*>(VX_malloc(state->hdr.userHdrSize + 1u));
     if (!user) return VX_FAIL(VX_RET_ERR_MEM);
-    st = readAt(firstRecOffset() - hdr.userHdrSize, user, hdr.userHdrSize);
+    st = readAt(firstRecOffset() - state->hdr.userHdrSize, user, state->hdr.userHdrSize);
     if (st > 2) {
       VX_free(user);
-      seek(saved, 0);
+      moveTo(saved);
       return st;
     }
-    for (unsigned i = 0; i < hdr.userHdrSize; ++i)
+    for (unsigned i = 0; i < state->hdr.userHdrSize; ++i)
       if (static_cast<unsigned char>(user[i]) < 0x20 || static_cast<unsigned char>(user[i]) > 0x7e) user[i] = '.';
-    user[hdr.userHdrSize] = '\0';
+    user[state->hdr.userHdrSize] = '\0';
   }
   char version[VersionField], comment[CommentField];
-  loadTextField(version, hdr.base.version, VersionField);
-  loadTextField(comment, hdr.base.comment, CommentField);
+  loadTextField(version, state->hdr.base.version, VersionField);
+  loadTextField(comment, state->hdr.base.comment, CommentField);
 
   out << DumpStars << "File header:\n";
   out << "            File size: " << fileLength << " bytes\n\n";
-  out << "          Header size: " << hdr.base.hdrSize << "\n";
+  out << "          Header size: " << state->hdr.base.hdrSize << "\n";
   out << "              Version: <" << version << ">\n";
   out << "              Comment: <" << comment << ">\n";
-  out << "     User header size: " << hdr.userHdrSize << "\n";
+  out << "     User header size: " << state->hdr.userHdrSize << "\n";
   out << "          User header: ";
   if (user)
     out << "<" << user << ">\n";
   else
     out << "NULL\n";
-  out << "Free record table dim: " << hdr.dim << "\n";
-  out << "       Record headers: " << (hdr.recHeaders ? "YES" : "NO") << "\n";
+  out << "Free record table dim: " << state->hdr.dim << "\n";
+  out << "       Record headers: " << (state->hdr.recHeaders ? "YES" : "NO") << "\n";
   VX_free(user);
 
   out << "\nFree record table:\n";
-  for (unsigned i = 0; i < freeRecTbl.numElems(); ++i) {
+  for (unsigned i = 0; i < state->freeRecTbl.numElems(); ++i) {
     out << "          Record size: ";
-    if (freeRecTbl[i].recSize)
-      out << freeRecTbl[i].recSize << "\n";
+    if (state->freeRecTbl[i].recSize)
+      out << state->freeRecTbl[i].recSize << "\n";
     else
       out << "VARIABLE\n";
-    out << "       First free rec: " << freeRecTbl[i].firstFree << "\n";
+    out << "       First free rec: " << state->freeRecTbl[i].firstFree << "\n";
   }
   out << "\n";
 
   // Every step moves forward by a record header or a whole fixed record (a fixed file's records
   // are never empty), so the walk ends with the file.
   long pos = firstRecOffset();
-  bool walkable = hdr.recHeaders || !variable;
+  bool walkable = state->hdr.recHeaders || !state->variable;
   for (unsigned long n = 1; walkable && pos < fileLength; ++n) {
     VX_FileBinrecRecHdr rec;
     st = recordAt(pos, fileLength, rec, what);
     if (st > 2) break;
     out << "Rec " << n << ": offset(" << pos << ")   del(" << static_cast<unsigned>(rec.deleted) << ")   size("
         << rec.size << ")   next free(" << rec.nextFree << ")\n";
-    long span = variable ? static_cast<long>(recHdrSize + rec.size) : static_cast<long>(fixedRecSpan());
+    long span = state->variable ? static_cast<long>(recHdrSize + rec.size) : static_cast<long>(fixedRecSpan());
     if (span <= 0) break;
     pos += span;
   }
   out << DumpStars;
-  VX_RET_STATUS back = seek(saved, 0);
+  VX_RET_STATUS back = moveTo(saved);
   return st > 2 ? st : back > 2 ? back : VX_RET_TRUE;
 }
