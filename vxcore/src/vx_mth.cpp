@@ -80,11 +80,12 @@ void cancelEntry(float* aug, unsigned width, unsigned pivotRow, unsigned target,
     if (k != col) largest = std::fmax(largest, std::fabs(t[k]));
   }
   t[col] = 0.0f;  // exactly, whatever the rounding of the products
-  // Without division every step multiplies a row by a pivot, so magnitudes grow geometrically
-  // and a longer elimination overflows. A row whose largest entry passes 2^20 is brought back
-  // below 2 by a power of two: exact in binary floating point, so nothing is rounded, and the
+  // Without division every step multiplies a row by a pivot, so magnitudes drift geometrically:
+  // small pivots (a rotation's entries) sink later pivots below the tolerance, large ones
+  // overflow a longer elimination. The combined row is brought back to a largest entry in
+  // [1, 2) by a power of two: exact in binary floating point, so nothing is rounded, and the
   // final scaling by the diagonal undoes it.
-  if (largest > 0x1p20f) {
+  if (largest > 0.0f && (largest < 1.0f || largest >= 2.0f)) {
     int exponent = 0;
     std::frexp(largest, &exponent);
     for (unsigned k = 0; k < width; ++k) t[k] = std::ldexp(t[k], 1 - exponent);
