@@ -131,7 +131,6 @@ unsigned int VX_Command::numArgs() {
 VX_Command& VX_Command::operator=(const VX_Command& other) {
   VX_setUserError(0);
   if (&other == this || usable(__LINE__) > 2 || other.usable(__LINE__) > 2) return *this;
-  // The variant array's assignment builds the copy before it lets the old arguments go.
   args = other.args;
   command = other.command;
   return *this;

@@ -244,7 +244,7 @@ VX_VectorArr::VX_VectorArr(const VX_VectorArr& other) : VX_VorlaxeClass() {
   VX_setUserError(0);
   initDataMembers();
   if (!other.enabled) {
-    VX_REPORT_ERROR(vecArrMsg(2), VX_msg(0, 0));
+    VX_REPORT_STATUS(VX_RET_ERR_POBJ);
     cleanupDataMembers();
     return;
   }
