@@ -116,7 +116,7 @@ TEST(VectorArr, ElementWiseOperationsNeedEqualLengths) {
   EXPECT_EQ((S{int(c.getNum()), c[1] == a[1], copy[0] == a[0], c.vecArrPtr() != a.vecArrPtr()}), (S{2, 1, 1, 1}));
 
   int failures = vxtest::forEachAllocFailure([&](long) {
-    VX_VectorArr made(4, a.vecArrPtr());
+    VX_VectorArr made(2, a.vecArrPtr());
     VX_VectorArr target(1);
     target = a;
     VX_VectorArr joined = a + c;
