@@ -86,7 +86,9 @@ class VX_API VX_CommandMulti : public VX_Command {
 // at and above it are undone and can be redone. The stack owns every command it records
 // (they must come from `new`) and deletes them when it discards them; a command that addCmd
 // refuses stays the caller's. undo moves the position down even when the command's undo
-// fails, redo moves it up only when execute succeeds. A stack whose storage cannot be made is
+// fails, redo moves it up only when execute succeeds. The history is a chunked stack (blocks of
+// 64): recording, and undo/redo near the newest commands, take constant time; a step d commands
+// below the top walks about d/64 blocks. A stack whose storage cannot be made is
 // disabled: its operations report VX_RET_ERR_POBJ and its predicates answer 0.
 //
 // Two optional settings, both off for a new stack:
