@@ -69,11 +69,11 @@ enum VX_FILE_BINREC_DEL_REC_SEARCH_ALGO : int {
 };
 
 // The library's instantiation for the free record table.
-extern template class VX_Container<VX_FileBinrecTblEntry>;
-extern template class VX_OrdContainer<VX_FileBinrecTblEntry>;
-extern template class VX_I_Iterator<VX_FileBinrecTblEntry>;
-extern template class VX_IndContainer<VX_FileBinrecTblEntry>;
-extern template class VX_Array<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_Container<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_OrdContainer<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_I_Iterator<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_IndContainer<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_Array<VX_FileBinrecTblEntry>;
 
 // VX_FileBinaryRec: a binary file of records. A file has fixed records when its table has one
 // entry of non-zero size (every record is then that size); otherwise records vary in size and
