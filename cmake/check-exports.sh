@@ -9,6 +9,7 @@ set -euo pipefail
 gcc_lib=$1 clang_lib=$2 work=$3
 src=$(cd "$(dirname "$0")/.." && pwd)
 mkdir -p "$work"
+work=$(cd "$work" && pwd)
 
 instances() {
   nm -D --defined-only "$1" | awk '{print $3}' | c++filt |

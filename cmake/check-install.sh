@@ -7,6 +7,7 @@ set -euo pipefail
 build=$1 work=$2
 src=$(cd "$(dirname "$0")/.." && pwd)
 rm -rf "$work" && mkdir -p "$work"
+work=$(cd "$work" && pwd)  # the consumer project is configured elsewhere
 prefix=$work/prefix
 cmake --install "$build" --prefix "$prefix" >"$work/install.log"
 

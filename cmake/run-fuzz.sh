@@ -13,6 +13,7 @@ if [ ${#targets[@]} -eq 0 ]; then
   for dir in "$src"/fuzz/corpus/*/; do targets+=("$(basename "$dir")"); done
 fi
 mkdir -p "$work/artifacts"
+work=$(cd "$work" && pwd)
 failed=()
 for t in "${targets[@]}"; do
   corpus=$work/corpus/$t
