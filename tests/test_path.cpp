@@ -189,3 +189,45 @@ TEST(PathAllocation, EveryFailureIsReportedAsMemoryAndLeavesNoFiles) {
   }
   EXPECT_EQ(readFileBytes(to) + (exists(from) ? "+from" : "") + (exists(r2) ? "+r2" : ""), "F");
 }
+
+// Every function that delivers a text may be handed its own output's text as an input: the
+// input must be read before the output lets go of it (a use after free otherwise, which the
+// sanitizer build catches). Each row sets the output, passes its text, and checks the result.
+TEST(PathText, AnOutputMayBeTheCallersOwnInput) {
+  vxtest::TempDir tmp;
+  writeFileBytes(tmp.file("found"), "x");
+  const std::string found = tmp.file("found"), here = cwd();
+  EnvGuard tmpDir("TMP", tmp.path().c_str());
+  VX_String s, d, p, n, e;
+  struct Row {
+    const char* name;
+    std::string input;
+    std::function<VX_RET_STATUS(VX_String&)> call;  // `s` already holds `input`
+    std::string expected;                           // "status:text" of s afterwards
+  };
+  const Row rows[] = {
+      {"build fname", "name", [&](VX_String& o) { return VX_fileBuildPath("c", "dir", o, "txt", o); }, "1:c:dir\\name.txt"},
+      {"build dir", "a/b", [&](VX_String& o) { return VX_fileBuildPath(o, o, "f", o, o); }, "1:a:a/b\\f.a/b"},
+      {"absolute rel", "rel/x", [&](VX_String& o) { return VX_fileBuildAbsolutePathFromCurDir(o, o); },
+       "1:" + here + "\\rel/x"},
+      {"absolute abs", "/abs/x", [&](VX_String& o) { return VX_fileBuildAbsolutePathFromCurDir(o, o); }, "1:/abs/x"},
+      {"search", found, [&](VX_String& o) { return VX_fileFindAbsolutePathFromEnv(o, o); }, "1:" + found},
+      {"drive", "c:/x", [&](VX_String& o) { return VX_fileGetDrivePath(o, o); }, "1:c:\\"},
+      {"is drive", "q:", [&](VX_String& o) { return static_cast<VX_RET_STATUS>(VX_filePathIsDrive(o, o)); }, "1:q:\\"},
+      {"strip leading", "\\\\//x/", [&](VX_String& o) { return VX_filePathStripLeadingSlashes(o, o); }, "1:x/"},
+      {"strip trailing", "dir/\\\\", [&](VX_String& o) { return VX_filePathStripTrailingSlashes(o, o); }, "1:dir"},
+      {"split into drive", "c:\\d\\f.e", [&](VX_String& o) { return VX_fileExtractPathComponents(o, o, p, n, e); },
+       "1:c:"},
+      {"split into ext", "c:\\d\\f.e", [&](VX_String& o) { return VX_fileExtractPathComponents(o, d, p, n, o); },
+       "1:.e"},
+      {"temp name", tmp.path() + "/pre", [&](VX_String& o) { return VX_fileCreateTempFileName(o, o); },
+       "1:" + tmp.path() + "/pre"},
+  };
+  for (const Row& row : rows) {
+    s = row.input.c_str();
+    std::string got = result(row.call(s), s);
+    if (std::string(row.name) == "temp name") got = got.substr(0, row.expected.size());  // a random suffix follows
+    EXPECT_EQ(got, row.expected) << row.name;
+  }
+  EXPECT_EQ(text(d) + "|" + text(p) + "|" + text(n), "c:|\\d\\|f");  // the other parts read the same input
+}

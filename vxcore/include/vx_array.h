@@ -88,7 +88,7 @@ class VX_API VX_Array : public VX_IndContainer<T> {
 #include "vx_array_impl.h"
 
 // The library's own instantiations; hosts and the library's other sources reuse them.
-extern template class VX_Array<unsigned int>;
-extern template class VX_Array<VX_String>;
+extern template class VX_API VX_Array<unsigned int>;
+extern template class VX_API VX_Array<VX_String>;
 
 #endif

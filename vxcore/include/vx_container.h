@@ -193,11 +193,11 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
 // `VX_CONTAINER_INTERFACE_INSTANCES(extern, T)` in a header and
 // `VX_CONTAINER_INTERFACE_INSTANCES(, T)` in the source that exports them name the four
 // interface classes of one element type.
-#define VX_CONTAINER_INTERFACE_INSTANCES(EXTERN, ...)  \
-  EXTERN template class VX_Container<__VA_ARGS__>;     \
-  EXTERN template class VX_OrdContainer<__VA_ARGS__>;  \
-  EXTERN template class VX_I_Iterator<__VA_ARGS__>;    \
-  EXTERN template class VX_IndContainer<__VA_ARGS__>;
+#define VX_CONTAINER_INTERFACE_INSTANCES(EXTERN, ...)                 \
+  EXTERN template class VX_API_##EXTERN VX_Container<__VA_ARGS__>;    \
+  EXTERN template class VX_API_##EXTERN VX_OrdContainer<__VA_ARGS__>; \
+  EXTERN template class VX_API_##EXTERN VX_I_Iterator<__VA_ARGS__>;   \
+  EXTERN template class VX_API_##EXTERN VX_IndContainer<__VA_ARGS__>;
 
 VX_CONTAINER_INTERFACE_INSTANCES(extern, unsigned int)
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_String)

@@ -127,8 +127,8 @@ class VX_API VX_TypedFile : public VX_File {
   unsigned char enabled;
 };
 
-extern template class VX_TypedFile<VX_STORAGE_BINARY>;
-extern template class VX_TypedFile<VX_STORAGE_ASCII>;
+extern template class VX_API VX_TypedFile<VX_STORAGE_BINARY>;
+extern template class VX_API VX_TypedFile<VX_STORAGE_ASCII>;
 
 // VX_FileBinary: a file opened in binary mode with the library's fixed encodings. Numbers are
 // written little-endian whatever the host: 1 byte for char, 2 for short, 4 for int and long

@@ -71,11 +71,11 @@ enum VX_FILE_BINREC_DEL_REC_SEARCH_ALGO : int {
 };
 
 // The library's instantiation for the free record table.
-extern template class VX_Container<VX_FileBinrecTblEntry>;
-extern template class VX_OrdContainer<VX_FileBinrecTblEntry>;
-extern template class VX_I_Iterator<VX_FileBinrecTblEntry>;
-extern template class VX_IndContainer<VX_FileBinrecTblEntry>;
-extern template class VX_Array<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_Container<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_OrdContainer<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_I_Iterator<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_IndContainer<VX_FileBinrecTblEntry>;
+extern template class VX_API VX_Array<VX_FileBinrecTblEntry>;
 
 // The header, free record table and stream bookkeeping of one open record file, shared by the
 // object that opened it and every copy made from it.

@@ -102,20 +102,20 @@ VX_API unsigned int VX_defHashFuncVarArrKey(const VX_VarArr& key, unsigned int s
 // Every class template a table of K and D brings, declared `extern` in headers
 // (VX_HASH_TEMPLATES(extern, K, D)) and defined once by the source that owns the pair
 // (VX_HASH_TEMPLATES(, K, D)).
-#define VX_HASH_TEMPLATES(EXT, K, D)                                \
-  EXT template class VX_HashEntry<K, D>;                            \
-  EXT template class VX_Container<VX_HashEntry<K, D>>;              \
-  EXT template class VX_OrdContainer<VX_HashEntry<K, D>>;           \
-  EXT template class VX_I_Iterator<VX_HashEntry<K, D>>;             \
-  EXT template class VX_IndContainer<VX_HashEntry<K, D>>;           \
-  EXT template class VX_LNode<VX_HashEntry<K, D>>;                  \
-  EXT template class VX_LList<VX_HashEntry<K, D>>;                  \
-  EXT template class VX_Container<VX_LList<VX_HashEntry<K, D>>>;    \
-  EXT template class VX_OrdContainer<VX_LList<VX_HashEntry<K, D>>>; \
-  EXT template class VX_I_Iterator<VX_LList<VX_HashEntry<K, D>>>;   \
-  EXT template class VX_IndContainer<VX_LList<VX_HashEntry<K, D>>>; \
-  EXT template class VX_Array<VX_LList<VX_HashEntry<K, D>>>;        \
-  EXT template class VX_HashTable<K, D>;
+#define VX_HASH_TEMPLATES(EXT, K, D)                                             \
+  EXT template class VX_API_##EXT VX_HashEntry<K, D>;                            \
+  EXT template class VX_API_##EXT VX_Container<VX_HashEntry<K, D>>;              \
+  EXT template class VX_API_##EXT VX_OrdContainer<VX_HashEntry<K, D>>;           \
+  EXT template class VX_API_##EXT VX_I_Iterator<VX_HashEntry<K, D>>;             \
+  EXT template class VX_API_##EXT VX_IndContainer<VX_HashEntry<K, D>>;           \
+  EXT template class VX_API_##EXT VX_LNode<VX_HashEntry<K, D>>;                  \
+  EXT template class VX_API_##EXT VX_LList<VX_HashEntry<K, D>>;                  \
+  EXT template class VX_API_##EXT VX_Container<VX_LList<VX_HashEntry<K, D>>>;    \
+  EXT template class VX_API_##EXT VX_OrdContainer<VX_LList<VX_HashEntry<K, D>>>; \
+  EXT template class VX_API_##EXT VX_I_Iterator<VX_LList<VX_HashEntry<K, D>>>;   \
+  EXT template class VX_API_##EXT VX_IndContainer<VX_LList<VX_HashEntry<K, D>>>; \
+  EXT template class VX_API_##EXT VX_Array<VX_LList<VX_HashEntry<K, D>>>;        \
+  EXT template class VX_API_##EXT VX_HashTable<K, D>;
 
 VX_HASH_TEMPLATES(extern, VX_Var, VX_Var)
 

@@ -112,9 +112,9 @@ class VX_API VX_LList : public VX_IndContainer<T> {
 
 #include "vx_list_impl.h"
 
-extern template class VX_LNode<unsigned int>;
-extern template class VX_LList<unsigned int>;
-extern template class VX_LNode<VX_String>;
-extern template class VX_LList<VX_String>;
+extern template class VX_API VX_LNode<unsigned int>;
+extern template class VX_API VX_LList<unsigned int>;
+extern template class VX_API VX_LNode<VX_String>;
+extern template class VX_API VX_LList<VX_String>;
 
 #endif

@@ -10,7 +10,8 @@
 // every "\" turned into "/".
 //
 // Every function clears the user-error flag first. A text result goes into the caller's
-// VX_String, which is first made the null string; an output string that is disabled gives
+// VX_String, which is first made the null string (an input may be that string's own text: it
+// is read before the old text goes); an output string that is disabled gives
 // VX_RET_ERR_POBJ. Only null or empty required arguments (VX_RET_ERR_ARG), allocation
 // (VX_RET_ERR_MEM) and a failed rename (VX_RET_ERR_GEN) are reported; predicates answer 0
 // instead of reporting.

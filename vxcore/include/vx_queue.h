@@ -30,6 +30,6 @@ class VX_API VX_Queue : public VX_AdapterStore<T> {
 
 #include "vx_queue_impl.h"
 
-extern template class VX_Queue<unsigned int>;
+extern template class VX_API VX_Queue<unsigned int>;
 
 #endif

@@ -31,6 +31,6 @@ class VX_API VX_Stack : public VX_AdapterStore<T> {
 #include "vx_stack_impl.h"
 
 extern template class VX_AdapterStore<unsigned int>;
-extern template class VX_Stack<unsigned int>;
+extern template class VX_API VX_Stack<unsigned int>;
 
 #endif

@@ -8,11 +8,11 @@
 #include "vx_var.h"
 
 // The library's instantiations for variant elements; hosts and other sources reuse them.
-extern template class VX_Container<VX_Var>;
-extern template class VX_OrdContainer<VX_Var>;
-extern template class VX_I_Iterator<VX_Var>;
-extern template class VX_IndContainer<VX_Var>;
-extern template class VX_Array<VX_Var>;
+extern template class VX_API VX_Container<VX_Var>;
+extern template class VX_API VX_OrdContainer<VX_Var>;
+extern template class VX_API VX_I_Iterator<VX_Var>;
+extern template class VX_API VX_IndContainer<VX_Var>;
+extern template class VX_API VX_Array<VX_Var>;
 
 // Packed data may claim at most this many elements; a larger count is refused before
 // anything is allocated for it.

@@ -105,10 +105,10 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
 #define VX_VCARRAY_DECLARED
 #include "vx_array_impl.h"
 
-extern template struct VX_VCARR_LLIST_REC<unsigned int>;
+extern template struct VX_API VX_VCARR_LLIST_REC<unsigned int>;
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_VCARR_LLIST_REC<unsigned int>)
-extern template class VX_LNode<VX_VCARR_LLIST_REC<unsigned int>>;
-extern template class VX_LList<VX_VCARR_LLIST_REC<unsigned int>>;
-extern template class VX_VCArray<unsigned int>;
+extern template class VX_API VX_LNode<VX_VCARR_LLIST_REC<unsigned int>>;
+extern template class VX_API VX_LList<VX_VCARR_LLIST_REC<unsigned int>>;
+extern template class VX_API VX_VCArray<unsigned int>;
 
 #endif

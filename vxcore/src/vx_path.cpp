@@ -34,6 +34,38 @@ VX_RET_STATUS resetOut(VX_String& out) {
   return VX_RET_TRUE;
 }
 
+// The text results of one call. Each is made the null string at once, but its old characters
+// stay alive until the call ends: a caller may pass an output's own text as an input
+// (VX_filePathStripTrailingSlashes(dir, dir)), and that input must stay readable while the
+// result is built. `status` is the first failure (a disabled output), already reported.
+class Results {
+ public:
+  explicit Results(std::initializer_list<VX_String*> outs) {
+    for (VX_String* out : outs) {
+      if (!out->objIsEnabled()) {
+        status = VX_FAIL(VX_RET_ERR_POBJ);
+        return;
+      }
+    }
+    for (VX_String* out : outs) {
+      if (count == sizeof held / sizeof held[0]) break;  // no call has more outputs
+      held[count++] = out->memPtr();
+      out->memSet(nullptr, 0);
+    }
+  }
+  ~Results() {
+    for (std::size_t i = 0; i < count; ++i) VX_free(held[i]);
+  }
+  Results(const Results&) = delete;
+  Results& operator=(const Results&) = delete;
+
+  VX_RET_STATUS status = VX_RET_TRUE;
+
+ private:
+  void* held[4] = {};
+  std::size_t count = 0;
+};
+
 // Hands `block` (from VX_malloc, `length` characters and a terminator) over to `out`.
 VX_RET_STATUS adopt(VX_String& out, char* block, std::size_t length) {
   if (!block) return VX_FAIL(VX_RET_ERR_MEM);
@@ -149,7 +181,8 @@ VX_RET_STATUS uniqueName(const char* dir, const char* prefix, VX_String& out) {
 VX_RET_STATUS VX_fileBuildPath(const char* drive, const char* dir, const char* fname, const char* ext,
                                VX_String& out) {
   VX_setUserError(0);
-  VX_RET_STATUS st = resetOut(out);
+  Results results({&out});
+  VX_RET_STATUS st = results.status;
   if (st > 2) return st;
   if (!fname) return VX_FAIL(VX_RET_ERR_ARG);
   const char driveText[] = {isEmpty(drive) ? '\0' : drive[0], ':', '\0'};
@@ -162,10 +195,8 @@ VX_RET_STATUS VX_fileExtractPathComponents(const char* path, VX_String& drive, V
                                            VX_String& ext) {
   VX_setUserError(0);
   VX_String* parts[] = {&drive, &dir, &fname, &ext};
-  for (VX_String* part : parts) {
-    VX_RET_STATUS st = resetOut(*part);
-    if (st > 2) return st;
-  }
+  Results results({&drive, &dir, &fname, &ext});
+  if (results.status > 2) return results.status;
   if (!path) return VX_FAIL(VX_RET_ERR_ARG);
   std::size_t driveLen = driveLength(path);
   const char* rest = path + driveLen;
@@ -191,7 +222,8 @@ VX_RET_STATUS VX_fileExtractPathComponents(const char* path, VX_String& drive, V
 
 VX_RET_STATUS VX_fileGetCurDir(VX_String& out) {
   VX_setUserError(0);
-  VX_RET_STATUS st = resetOut(out);
+  Results results({&out});
+  VX_RET_STATUS st = results.status;
   if (st > 2) return st;
   // Grow the buffer until the directory fits; a directory longer than the cap is a failure.
   for (std::size_t size = 256; size <= (1u << 20); size *= 2) {
@@ -218,7 +250,8 @@ unsigned char VX_filePathIsAbsolute(const char* path) {
 
 VX_RET_STATUS VX_fileBuildAbsolutePathFromCurDir(const char* path, VX_String& out) {
   VX_setUserError(0);
-  VX_RET_STATUS st = resetOut(out);
+  Results results({&out});
+  VX_RET_STATUS st = results.status;
   if (st > 2) return st;
   if (!path) return VX_FAIL(VX_RET_ERR_ARG);
   if (VX_filePathIsAbsolute(path)) return storeText(out, path);
@@ -230,7 +263,8 @@ VX_RET_STATUS VX_fileBuildAbsolutePathFromCurDir(const char* path, VX_String& ou
 
 VX_RET_STATUS VX_fileFindAbsolutePathFromEnv(const char* name, VX_String& out) {
   VX_setUserError(0);
-  VX_RET_STATUS st = resetOut(out);
+  Results results({&out});
+  VX_RET_STATUS st = results.status;
   if (st > 2) return st;
   if (isEmpty(name)) return VX_FAIL(VX_RET_ERR_ARG);
   if (VX_filePathIsAbsolute(name)) {
@@ -272,7 +306,8 @@ unsigned int VX_fileGetSize(const char* path) {
 
 VX_RET_STATUS VX_fileGetDrivePath(const char* path, VX_String& out) {
   VX_setUserError(0);
-  VX_RET_STATUS st = resetOut(out);
+  Results results({&out});
+  VX_RET_STATUS st = results.status;
   if (st > 2) return st;
   if (isEmpty(path)) return VX_RET_FALSE;
   if (!isDriveLetter(path[0])) return VX_RET_FALSE;
@@ -285,10 +320,8 @@ VX_RET_STATUS VX_fileGetDrivePath(const char* path, VX_String& out) {
 
 unsigned char VX_filePathIsDrive(const char* path, VX_String& out) {
   VX_setUserError(0);
-  if (isEmpty(path) || std::strlen(path) > 3) {
-    resetOut(out);
-    return 0;
-  }
+  Results results({&out});
+  if (results.status > 2 || isEmpty(path) || std::strlen(path) > 3) return 0;
   return VX_fileGetDrivePath(path, out) == VX_RET_TRUE;
 }
 
@@ -335,7 +368,8 @@ unsigned char VX_filePathHasTrailingSlash(const char* path) {
 
 VX_RET_STATUS VX_filePathStripLeadingSlashes(VX_String& out, const char* path) {
   VX_setUserError(0);
-  VX_RET_STATUS st = resetOut(out);
+  Results results({&out});
+  VX_RET_STATUS st = results.status;
   if (st > 2) return st;
   if (!path) return VX_FAIL(VX_RET_ERR_ARG);
   while (*path == '\\') ++path;
@@ -345,7 +379,8 @@ VX_RET_STATUS VX_filePathStripLeadingSlashes(VX_String& out, const char* path) {
 
 VX_RET_STATUS VX_filePathStripTrailingSlashes(VX_String& out, const char* path) {
   VX_setUserError(0);
-  VX_RET_STATUS st = resetOut(out);
+  Results results({&out});
+  VX_RET_STATUS st = results.status;
   if (st > 2) return st;
   if (!path) return VX_FAIL(VX_RET_ERR_ARG);
   std::size_t length = std::strlen(path);
@@ -398,7 +433,8 @@ VX_RET_STATUS VX_fileMove(const char* from, const char* to) {
 
 VX_RET_STATUS VX_fileCreateTempFileName(const char* templ, VX_String& out) {
   VX_setUserError(0);
-  VX_RET_STATUS st = resetOut(out);
+  Results results({&out});
+  VX_RET_STATUS st = results.status;
   if (st > 2) return st;
   VX_String drive, dir, fname, ext;
   st = VX_fileExtractPathComponents(templ ? templ : "", drive, dir, fname, ext);
