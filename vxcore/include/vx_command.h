@@ -8,15 +8,15 @@
 class VX_Command;
 
 // The library's instantiations for the command stack's storage.
-extern template struct VX_VCARR_LLIST_REC<VX_Command*>;
+extern template struct VX_API VX_VCARR_LLIST_REC<VX_Command*>;
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_VCARR_LLIST_REC<VX_Command*>)
-extern template class VX_LNode<VX_VCARR_LLIST_REC<VX_Command*>>;
-extern template class VX_LList<VX_VCARR_LLIST_REC<VX_Command*>>;
+extern template class VX_API VX_LNode<VX_VCARR_LLIST_REC<VX_Command*>>;
+extern template class VX_API VX_LList<VX_VCARR_LLIST_REC<VX_Command*>>;
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_Command*)
-extern template class VX_Array<VX_Command*>;
-extern template class VX_VCArray<VX_Command*>;
-extern template class VX_AdapterStore<VX_Command*>;
-extern template class VX_Stack<VX_Command*>;
+extern template class VX_API VX_Array<VX_Command*>;
+extern template class VX_API VX_VCArray<VX_Command*>;
+extern template class VX_API VX_AdapterStore<VX_Command*>;
+extern template class VX_API VX_Stack<VX_Command*>;
 
 // VX_Command: the abstract base of an undoable operation, a command number chosen by the
 // application plus a list of variant arguments that it owns (copies). A derived class

@@ -27,11 +27,11 @@ inline bool VX_copyTook(const VX_MPKBitmapEntry& copy, const VX_MPKBitmapEntry& 
   return VX_copyTook(copy.name, src.name, 0) && VX_copyTook(copy.file, src.file, 0);
 }
 
-extern template class VX_Container<VX_MPKBitmapEntry>;
-extern template class VX_OrdContainer<VX_MPKBitmapEntry>;
-extern template class VX_I_Iterator<VX_MPKBitmapEntry>;
-extern template class VX_IndContainer<VX_MPKBitmapEntry>;
-extern template class VX_Array<VX_MPKBitmapEntry>;
+extern template class VX_API VX_Container<VX_MPKBitmapEntry>;
+extern template class VX_API VX_OrdContainer<VX_MPKBitmapEntry>;
+extern template class VX_API VX_I_Iterator<VX_MPKBitmapEntry>;
+extern template class VX_API VX_IndContainer<VX_MPKBitmapEntry>;
+extern template class VX_API VX_Array<VX_MPKBitmapEntry>;
 
 // VX_MPKEntry: a package's description, as kept in record 1 of its file. It owns its texts and
 // arrays; the directory and path say where the file is and are not persisted.

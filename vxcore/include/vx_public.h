@@ -109,8 +109,16 @@ VX_EXTERN_C VX_API const VX_PubProcServDesc* VX_findVersionPubProcServDesc(const
                                                                           const VX_Version& version);
 VX_EXTERN_C VX_API const VX_PubServGrpList* VX_mostRecentVersionPubServGrpList(const VX_PubServGrpList* list);
 VX_EXTERN_C VX_API const VX_PubProcServDesc* VX_mostRecentVersionPubProcServDesc(const VX_PubProcServDesc* desc);
-// The greatest supported version of the table; 0.0.0 for none.
+// The greatest supported version of the table; 0.0.0 for none. Its name is plain like its
+// siblings', although C callers cannot receive the class it returns.
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
+#endif
 VX_EXTERN_C VX_API VX_Version VX_mostRecentVersion(const VX_PubDescTable* table);
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif
 
 // Port counts of one version of a class: the greatest data in and out counts of its service
 // group, the process in and out counts of its process description, and the table's flag. All

@@ -12,6 +12,7 @@
 #include <new>
 
 #include "vx_report.h"
+#include "vx_varargs.h"
 #include "vx_unpack.h"
 
 // ---- conversions -----------------------------------------------------------------------------
@@ -345,7 +346,7 @@ VX_RET_STATUS VX_Color::getPublicInterface(const char** guid, VX_PubEntryFunc* e
 VX_RET_STATUS VX_Color::classVarOpHandler(VX_CLASS_VAR_OP op, ...) {
   VX_setUserError(0);
   va_list args;
-  va_start(args, op);
+  VX_VA_START(args, op);
   VX_RET_STATUS st = VX_RET_TRUE;
   VX_Version any;
   switch (op) {

@@ -10,6 +10,7 @@
 #include "vx_file.h"
 #include "vx_iostream.h"
 #include "vx_report.h"
+#include "vx_varargs.h"
 #include "vx_unpack.h"
 
 namespace {
@@ -225,7 +226,7 @@ VX_VectorArr::VX_VectorArr(unsigned int n, float x0, ...) : VX_VorlaxeClass() {
     return;
   }
   va_list args;
-  va_start(args, x0);
+  VX_VA_START(args, x0);
   for (uint64_t k = 0; k < 3ull * n; ++k) {
     VX_Vector& v = vecs[k / 3];
     float* component[3] = {&v.x, &v.y, &v.z};
@@ -534,7 +535,7 @@ VX_Matrix::VX_Matrix(unsigned int rows, unsigned int columns, float value, ...) 
   float* e = entries();
   uint64_t n = static_cast<uint64_t>(rows) * columns;
   va_list args;
-  va_start(args, value);
+  VX_VA_START(args, value);
   for (uint64_t k = 0; k < n; ++k) e[k] = k == 0 ? value : static_cast<float>(va_arg(args, double));
   va_end(args);
 }
