@@ -5,6 +5,7 @@
 #include "vx_adapter.h"
 #include "vx_array.h"
 #include "vx_base.h"
+#include "vx_btree.h"
 #include "vx_container.h"
 #include "vx_export.h"
 #include "vx_file.h"
