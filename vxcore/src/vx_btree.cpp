@@ -787,7 +787,7 @@ VX_RET_STATUS VX_Btree::createFile(const char* name) {
   sizes[1] = shape->packedSize;
   if (dataBlockSize) sizes[2] = dataBlockSize;
   put32(header + 28, 0);
-  file = VX_newObject<VX_FileBinaryRec>(name, 1, 32768, 0, 1, header, VX_BTREE_FILE_HEADER_SIZE, sizes.numElems(), sizes);
+  file = VX_newObject<VX_FileBinaryRec>(name, 1, 0, 0, 1, header, VX_BTREE_FILE_HEADER_SIZE, sizes.numElems(), sizes);
   if (!file || !file->objIsEnabled()) {
     VX_reportErrorMsg(File, 766, FileCtor, "Could not open btree file <%s>\n", name);
     return failAt(VX_RET_ERR_GEN, 768);
@@ -840,7 +840,7 @@ VX_RET_STATUS VX_Btree::openBtreeFile(const char* name, VX_VarArr& keyTmpl, VX_F
   fileName = name;
   unsigned hdrSize = 0, fileRecSize = 0;
   char* hdr = nullptr;
-  file = VX_newObject<VX_FileBinaryRec>(name, mode, 1, 32768, hdrSize, &hdr, fileRecSize);
+  file = VX_newObject<VX_FileBinaryRec>(name, mode, 1, 0, hdrSize, &hdr, fileRecSize);
   if (!file || !file->objIsEnabled()) {
     VX_free(hdr);
     VX_reportErrorMsg(File, __LINE__, FileCtor, "Could not open btree file <%s>\n", name);
