@@ -203,6 +203,8 @@ TEST_F(BtreeFile, DamagedFilesAreRefusedOrReported) {
   } damage[] = {
       {"order below 3", h, le32(2), false},
       {"order too large", h, le32(0x7fffffff), false},
+      {"nodes larger than the whole file", h, le32(60000), false},
+      {"texts larger than the whole file", h + 12, le32(0xfff00), false},
       {"no key fields", h + 4, le32(0), false},
       {"more string keys than keys", h + 8, le32(2), false},
       {"record size against the record types", h + 16, le32(5), false},

@@ -861,19 +861,44 @@ VX_RET_STATUS VX_Btree::openBtreeFile(const char* name, VX_VarArr& keyTmpl, VX_F
   else if (keys == 0 || keys > MaxKeyFields || strings > keys) why = "key count";
   else if (strMax >= MaxStrLen || (strings == 0 && strMax != 0)) why = "string length";
   else if (stored > MaxNodeBytes || (blockSize && stored < 4) || blockSize > MaxNodeBytes) why = "record size";
+  // Nothing is sized from the header before its node size is found in the record file's own
+  // table and a node of that size fits in the file.
+  char raw[4 + 3 * VX_FILE_BINREC_TBL_ENTRY_SIZE];
+  unsigned dim = blockSize ? 3 : 2;
+  uint64_t slot = uint64_t{keys} * FieldBytes + uint64_t{strings} * (strMax + 1) + stored;
+  uint64_t packed = (uint64_t{ord} - 1) * slot + NodeHeader + uint64_t{ord} * 4;
+  fileLength = file->length();
+  firstRecOffset = VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * dim + VX_BTREE_FILE_HEADER_SIZE;
+  VX_RET_STATUS st = VX_RET_TRUE;
+  if (!why && static_cast<uint64_t>(firstRecOffset) + RecHdr + packed > static_cast<uint64_t>(fileLength))
+    why = "nodes larger than the file";
+  if (!why) {
+    st = file->seek(108, 0);
+    if (st <= 2) st = file->VX_FileBinary::read(raw, 4, 1);
+    if (st <= 2 && get32(raw) == dim) {
+      st = file->seek(VX_FILE_BINREC_HDR_SIZE, 0);
+      if (st <= 2) st = file->VX_FileBinary::read(raw + 4, VX_FILE_BINREC_TBL_ENTRY_SIZE * dim, 1);
+    } else if (st <= 2) {
+      why = "record types";
+    }
+    if (st <= 2 && !why &&
+        (get32(raw + 4) != 0 || get32(raw + 12) != packed || (blockSize && get32(raw + 20) != blockSize)))
+      why = "record types";
+    if (st > 2) why = "record table unreadable";
+  }
   if (why) {
     VX_reportErrorMsg(File, __LINE__, FileCtor, "Incorrect btree file header for btree file <%s>: %s\n", name, why);
-    return failAt(VX_RET_ERR_FILE, __LINE__);
+    return failAt(st > 2 ? st : VX_RET_ERR_FILE, __LINE__);
   }
   // The key template, from the header alone: the string fields first.
   VX_VarArr rebuilt(keys, VX_VAR_INT, 0);
   if (rebuilt.numElems() != keys) return failAt(VX_RET_ERR_MEM, __LINE__);
   for (unsigned f = 0; f < strings; ++f) {
-    VX_RET_STATUS st = rebuilt[f].set(VX_VAR_STRING, "");
+    st = rebuilt[f].set(VX_VAR_STRING, "");
     if (st <= 2) st = rebuilt[f].setStrLengMax(static_cast<int>(strMax));
     if (st > 2) return st;
   }
-  VX_RET_STATUS st = setupShape(ord, rebuilt, blockSize ? stored - 4 : stored, blockSize);
+  st = setupShape(ord, rebuilt, blockSize ? stored - 4 : stored, blockSize);
   if (st == VX_RET_ERR_MEM) return failAt(st, 993);
   if (st > 2) {
     VX_reportErrorMsg(File, __LINE__, FileCtor, "Incorrect btree file header for btree file <%s>: %s\n", name,
@@ -882,27 +907,7 @@ VX_RET_STATUS VX_Btree::openBtreeFile(const char* name, VX_VarArr& keyTmpl, VX_F
   }
   st = optimizeSetup();
   if (st > 2) return st;
-  // The record file's own table must register exactly the tree's record types.
-  char raw[4 + 3 * VX_FILE_BINREC_TBL_ENTRY_SIZE];
-  unsigned dim = blockSize ? 3 : 2;
-  fileLength = file->length();
-  firstRecOffset = VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * dim + VX_BTREE_FILE_HEADER_SIZE;
-  st = file->seek(108, 0);
-  if (st <= 2) st = file->VX_FileBinary::read(raw, 4, 1);
-  if (st <= 2 && get32(raw) == dim) {
-    st = file->seek(VX_FILE_BINREC_HDR_SIZE, 0);
-    if (st <= 2) st = file->VX_FileBinary::read(raw + 4, VX_FILE_BINREC_TBL_ENTRY_SIZE * dim, 1);
-  } else if (st <= 2) {
-    why = "record types";
-  }
-  if (st <= 2 && !why &&
-      (get32(raw + 4) != 0 || get32(raw + 12) != shape->packedSize || (blockSize && get32(raw + 20) != blockSize)))
-    why = "record types";
-  if (st > 2 || why) {
-    VX_reportErrorMsg(File, __LINE__, FileCtor, "Incorrect btree file header for btree file <%s>: %s\n", name,
-                      why ? why : "record table unreadable");
-    return failAt(st > 2 ? st : VX_RET_ERR_FILE, __LINE__);
-  }
+  if (shape->packedSize != packed) return failAt(VX_RET_ERR_GEN, __LINE__);
   numRecs = get32(header + 24);
   rootLink = VX_BtreeLink(get32(header + 28));
   VX_BtreeNode* root = nullptr;
