@@ -124,6 +124,8 @@ class VX_API VX_BtreeNode : public VX_Persistable {
   // chains of such nodes.
   unsigned char dirty;
   unsigned char freed;
+  unsigned char created;      // made by the call in progress
+  unsigned long touchedIn;    // the call that last saved this node's state for undoing
   VX_BtreeNode* nextDirty;
   VX_BtreeNode* nextFreed;
 };
@@ -160,10 +162,10 @@ typedef VX_RET_STATUS (*VX_BtreeCallback)(VX_BtreeIteratorStruct& it);
 // then reports VX_RET_ERR_OBJ; bad arguments VX_RET_ERR_ARG; allocation VX_RET_ERR_MEM (the
 // tree is left as it was); damage found in a file VX_RET_ERR_FILE, transfers VX_RET_ERR_GEN.
 //
-// File trees: every node a change touches is written, and the header too when the record count
-// changed, before writeRec or deleteRec returns, and the record file is flushed then; a failure
-// in between leaves the file as it was before the call (apart from a record set aside and not
-// yet used, which is only lost space). Read nodes stay in a bounded cache of unpacked nodes.
+// File trees keep unpacked nodes in a bounded cache. Changed nodes are written back in batches:
+// when about 4 MB of them have gathered, when the cache is trimmed, at flush() and when the tree
+// goes; the header (record count, root) is rewritten with each batch. A call that fails half-way
+// is undone in memory, so the tree and the file stay as they were before it.
 class VX_API VX_Btree : public VX_VorlaxeClass {
  public:
   // A memory tree.
@@ -208,6 +210,9 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   // Rebuilds the tree with every node as full as the order allows (a file tree gives the space
   // of the nodes it no longer needs back to the record file's free list).
   VX_RET_STATUS compress();
+  // Writes every changed node of a file tree, the header and the freed records back to the file
+  // now and flushes it (a memory tree has nothing to write).
+  VX_RET_STATUS flush();
   // While set, writeRec only updates existing keys (VX_RET_FALSE for a new one).
   void setNoNewKeys(unsigned char on) { noNewKeys = on ? 1 : 0; }
 
@@ -240,7 +245,9 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_RET_STATUS readNode(VX_BtreeLink link, VX_BtreeNode*& node);
   VX_RET_STATUS newNode(VX_BtreeNode*& node);
   VX_RET_STATUS freeNode(VX_BtreeNode* node);
-  void touch(VX_BtreeNode* node);
+  VX_RET_STATUS touch(VX_BtreeNode* node);
+  VX_RET_STATUS writeBack();
+  void undoCall();
   VX_RET_STATUS writeNode(VX_BtreeNode* node);
   VX_RET_STATUS reserveSpares(unsigned count);
   VX_BtreeNode* getReservedNode();
@@ -321,6 +328,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   unsigned long savedNum;
   uint32_t newBlock;         // data block stored by the call in progress
   uint32_t goneBlock;        // data block the call in progress lets go
+  unsigned long callSerial;  // numbers the changing calls, for undoing
   unsigned char intKey;      // one int field: the fast comparison
 };
 

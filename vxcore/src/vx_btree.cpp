@@ -148,6 +148,31 @@ struct VX_Btree::NodeCache {
   uint32_t count = 0;
   VX_BtreeNode* dirtyHead = nullptr;
   VX_BtreeNode* freedHead = nullptr;
+  unsigned long dirtyCount = 0;
+  // What the call in progress changed: each node's state before it (null for a node it made).
+  struct Undo {
+    VX_BtreeNode* node;
+    VX_BtreeNode* saved;
+  };
+  Undo* undo = nullptr;
+  unsigned numUndo = 0, capUndo = 0;
+  VX_BtreeNode** pool = nullptr;  // spare nodes for saved states
+  unsigned numPool = 0, capPool = 0;
+  uint32_t* gone = nullptr;  // data blocks let go, freed with the next batch
+  unsigned numGone = 0, capGone = 0;
+
+  template <class T>
+  static bool push(T*& items, unsigned& n, unsigned& cap, T value) {
+    if (n == cap) {
+      unsigned newCap = cap ? cap * 2 : 16;
+      T* grown = static_cast<T*>(VX_realloc(items, sizeof(T) * newCap));
+      if (!grown) return false;
+      items = grown;
+      cap = newCap;
+    }
+    items[n++] = value;
+    return true;
+  }
 
   static uint32_t hash(uint32_t k) { return (k * 2654435761u) >> 7; }
   VX_BtreeNode* find(uint32_t k) const {
@@ -219,7 +244,9 @@ struct VX_Btree::NodeCache {
     }
     count = 0;
     dirtyHead = nullptr;
+    dirtyCount = 0;
     dropFreed();
+    numGone = 0;
   }
   void dropFreed() {
     while (freedHead) {
@@ -235,6 +262,11 @@ struct VX_Btree::NodeCache {
     keys = nullptr;
     vals = nullptr;
     cap = 0;
+    for (unsigned i = 0; i < numUndo; ++i) VX_deleteObject(undo[i].saved);
+    for (unsigned i = 0; i < numPool; ++i) VX_deleteObject(pool[i]);
+    VX_free(undo);
+    VX_free(pool);
+    VX_free(gone);
     for (uint32_t h = 1; h < mem.cap; ++h) VX_deleteObject(mem.items[h]);
     mem.destroy();
     for (uint32_t h = 1; h < blocks.cap; ++h) VX_free(blocks.items[h]);
@@ -272,6 +304,8 @@ void VX_BtreeNode::initDataMembers() {
   keyBytes = slotSize = 0;
   dirty = 0;
   freed = 0;
+  created = 0;
+  touchedIn = 0;
   nextDirty = nextFreed = nullptr;
 }
 
@@ -677,6 +711,7 @@ void VX_Btree::initDataMembers() {
   savedRoot = VX_BtreeLink();
   savedNum = 0;
   newBlock = goneBlock = 0;
+  callSerial = 0;
   intKey = 0;
 }
 
@@ -686,6 +721,7 @@ void VX_Btree::cleanupDataMembers() {
     VX_deleteObject(reservedNodes[i]);
   }
   if (file) {
+    if (enabled && !readOnly && nodes) writeBack();
     file->close();
     VX_deleteObject(file);
   }
@@ -1024,10 +1060,15 @@ VX_RET_STATUS VX_Btree::newNode(VX_BtreeNode*& node) {
     return VX_RET_TRUE;
   }
   n->selfLink = VX_BtreeLink();
+  if (!NodeCache::push(nodes->undo, nodes->numUndo, nodes->capUndo, NodeCache::Undo{n, nullptr})) {
+    spares[numSpares++] = n;
+    return failAt(VX_RET_ERR_MEM, __LINE__);
+  }
   unsigned used = 0;
   n->pack(version, packBuf, used, VX_STORAGE_BINARY);
   long off = file->autoWrite(packBuf, VX_BINREC_SEARCH_EXACT, shape->packedSize);
   if (off <= 0 || off > 0x7fffffffL - static_cast<long>(RecHdr + shape->packedSize)) {
+    --nodes->numUndo;
     spares[numSpares++] = n;
     return failAt(VX_RET_ERR_GEN, __LINE__);
   }
@@ -1035,12 +1076,15 @@ VX_RET_STATUS VX_Btree::newNode(VX_BtreeNode*& node) {
     fileLength = off + RecHdr + shape->packedSize;
   n->selfLink = VX_BtreeLink(static_cast<uint32_t>(off));
   if (!nodes->insert(n->selfLink.offset, n)) {
+    --nodes->numUndo;
     spares[numSpares++] = n;
+    file->deleteRec(off);
     return failAt(VX_RET_ERR_MEM, __LINE__);
   }
-  touch(n);
+  n->created = 1;
+  n->touchedIn = callSerial;
   node = n;
-  return VX_RET_TRUE;
+  return touch(n);
 }
 
 VX_RET_STATUS VX_Btree::freeNode(VX_BtreeNode* node) {
@@ -1052,6 +1096,8 @@ VX_RET_STATUS VX_Btree::freeNode(VX_BtreeNode* node) {
       VX_deleteObject(node);
     return VX_RET_TRUE;
   }
+  VX_RET_STATUS st = touch(node);
+  if (st > 2) return st;
   nodes->erase(node->selfLink.offset);
   node->freed = 1;
   node->nextFreed = nodes->freedHead;
@@ -1059,11 +1105,84 @@ VX_RET_STATUS VX_Btree::freeNode(VX_BtreeNode* node) {
   return VX_RET_TRUE;
 }
 
-void VX_Btree::touch(VX_BtreeNode* node) {
-  if (type == VX_BTREE_MEMORY || node->dirty) return;
-  node->dirty = 1;
-  node->nextDirty = nodes->dirtyHead;
-  nodes->dirtyHead = node;
+// Called before a node of a file tree changes: its state is saved once per call, so that a call
+// that fails can be undone, and it joins the nodes the next batch writes.
+VX_RET_STATUS VX_Btree::touch(VX_BtreeNode* node) {
+  if (type == VX_BTREE_MEMORY) return VX_RET_TRUE;
+  if (node->touchedIn != callSerial) {
+    VX_BtreeNode* saved = nodes->numPool ? nodes->pool[--nodes->numPool] : VX_newObject<VX_BtreeNode>(*shape);
+    if (!saved || !saved->objIsEnabled() || saved->copyNode(*node) > 2 ||
+        !NodeCache::push(nodes->undo, nodes->numUndo, nodes->capUndo, NodeCache::Undo{node, saved})) {
+      VX_deleteObject(saved);
+      return failAt(VX_RET_ERR_MEM, __LINE__);
+    }
+    node->touchedIn = callSerial;
+  }
+  if (!node->dirty) {
+    node->dirty = 1;
+    node->nextDirty = nodes->dirtyHead;
+    nodes->dirtyHead = node;
+    ++nodes->dirtyCount;
+  }
+  return VX_RET_TRUE;
+}
+
+// Puts every node the failed call changed back as it was; nodes it made are let go, nodes it
+// let go come back.
+void VX_Btree::undoCall() {
+  for (unsigned i = nodes->numUndo; i-- > 0;) {
+    NodeCache::Undo& u = nodes->undo[i];
+    if (u.saved) {
+      u.node->copyNode(*u.saved);
+      if (u.node->freed) {
+        u.node->freed = 0;
+        nodes->insert(u.node->selfLink.offset, u.node);  // its slot was freed this call: no growth
+      }
+      if (!NodeCache::push(nodes->pool, nodes->numPool, nodes->capPool, u.saved)) VX_deleteObject(u.saved);
+    } else if (!u.node->freed) {
+      nodes->erase(u.node->selfLink.offset);
+      u.node->freed = 1;
+      u.node->nextFreed = nodes->freedHead;
+      nodes->freedHead = u.node;
+    }
+  }
+  // Drop the revived nodes from the chain of nodes let go.
+  VX_BtreeNode** link = &nodes->freedHead;
+  while (*link) {
+    if ((*link)->freed)
+      link = &(*link)->nextFreed;
+    else
+      *link = (*link)->nextFreed;
+  }
+  nodes->numUndo = 0;
+}
+
+// Writes the changed nodes, gives the freed nodes' and data blocks' records back, rewrites the
+// header and flushes. A failure here leaves the file short of part of the batch: the cache is
+// dropped so that what the file holds is read afresh.
+VX_RET_STATUS VX_Btree::writeBack() {
+  VX_RET_STATUS st = VX_RET_TRUE;
+  for (VX_BtreeNode* n = nodes->dirtyHead; n; n = n->nextDirty) {
+    if (!n->freed && st <= 2) st = writeNode(n);
+    n->dirty = 0;
+  }
+  nodes->dirtyHead = nullptr;
+  nodes->dirtyCount = 0;
+  for (VX_BtreeNode* n = nodes->freedHead; n && st <= 2; n = n->nextFreed) st = file->deleteRec(n->selfLink.offset);
+  nodes->dropFreed();
+  for (unsigned i = 0; i < nodes->numGone && st <= 2; ++i) st = file->deleteRec(nodes->gone[i]);
+  nodes->numGone = 0;
+  if (st <= 2 && (get32(header + 24) != numRecs || get32(header + 28) != rootLink.offset)) st = writeHeader();
+  if (st <= 2 && file->flush() != VX_RET_TRUE) st = failAt(VX_RET_ERR_GEN, __LINE__);
+  if (st > 2) nodes->drop();
+  return st;
+}
+
+VX_RET_STATUS VX_Btree::flush() {
+  VX_setUserError(0);
+  if (!enabled) return failAt(VX_RET_ERR_OBJ, __LINE__);
+  if (type == VX_BTREE_MEMORY || readOnly) return VX_RET_TRUE;
+  return writeBack();
 }
 
 VX_RET_STATUS VX_Btree::writeNode(VX_BtreeNode* node) {
@@ -1166,10 +1285,15 @@ VX_RET_STATUS VX_Btree::removeDataBlock(uint32_t link) {
 VX_RET_STATUS VX_Btree::begin(bool changes) {
   if (changes && readOnly) return failAt(VX_RET_ERR_CALL, __LINE__);
   if (changes && walking) return failAt(VX_RET_ERR_ILOCK, __LINE__);
-  if (type == VX_BTREE_FILE && !walking && nodes->count > cacheLimit) nodes->drop();
+  if (type == VX_BTREE_FILE && !walking && nodes->count > cacheLimit) {
+    VX_RET_STATUS st = readOnly ? VX_RET_TRUE : writeBack();
+    if (st > 2) return st;
+    nodes->drop();
+  }
   savedRoot = rootLink;
   savedNum = numRecs;
   newBlock = goneBlock = 0;
+  if (changes) ++callSerial;
   return VX_RET_TRUE;
 }
 
@@ -1178,7 +1302,7 @@ VX_RET_STATUS VX_Btree::finish(VX_RET_STATUS st) {
     if (newBlock) removeDataBlock(newBlock);
     rootLink = savedRoot;
     numRecs = savedNum;
-    if (type == VX_BTREE_FILE) nodes->drop();
+    if (type == VX_BTREE_FILE) undoCall();
     newBlock = goneBlock = 0;
     return st;
   }
@@ -1187,24 +1311,19 @@ VX_RET_STATUS VX_Btree::finish(VX_RET_STATUS st) {
     newBlock = goneBlock = 0;
     return st;
   }
+  for (unsigned i = 0; i < nodes->numUndo; ++i) {
+    NodeCache::Undo& u = nodes->undo[i];
+    u.node->created = 0;
+    if (u.saved && !NodeCache::push(nodes->pool, nodes->numPool, nodes->capPool, u.saved)) VX_deleteObject(u.saved);
+  }
+  nodes->numUndo = 0;
+  // A block let go is freed with the batch that stops referring to it.
   VX_RET_STATUS wr = VX_RET_TRUE;
-  for (VX_BtreeNode* n = nodes->dirtyHead; n; n = n->nextDirty) {
-    if (!n->freed && wr <= 2) wr = writeNode(n);
-    n->dirty = 0;
-  }
-  nodes->dirtyHead = nullptr;
-  for (VX_BtreeNode* n = nodes->freedHead; n && wr <= 2; n = n->nextFreed) wr = file->deleteRec(n->selfLink.offset);
-  nodes->dropFreed();
-  if (wr <= 2 && goneBlock) wr = file->deleteRec(goneBlock);
-  if (wr <= 2 && (numRecs != savedNum || rootLink != savedRoot)) wr = writeHeader();
-  if (wr <= 2 && file->flush() != VX_RET_TRUE) wr = failAt(VX_RET_ERR_GEN, __LINE__);
+  if (goneBlock && !NodeCache::push(nodes->gone, nodes->numGone, nodes->capGone, goneBlock))
+    wr = file->deleteRec(goneBlock);
   newBlock = goneBlock = 0;
-  if (wr > 2) {
-    // What reached the file is not known: read it afresh from now on.
-    nodes->drop();
-    return wr;
-  }
-  return st;
+  if (wr <= 2 && nodes->dirtyCount * (shape->packedSize + RecHdr) > (4u << 20)) wr = writeBack();
+  return wr > 2 ? wr : st;
 }
 
 // The key in the node's key form. It must have the template's count and kinds, and its texts
@@ -1343,8 +1462,9 @@ VX_RET_STATUS VX_Btree::adopt(VX_BtreeNode* parent, unsigned int from, unsigned 
     VX_RET_STATUS st = getNode(parent->links[i], AnyParent, child);
     if (st > 2) return st;
     if (child->parentLink != parent->selfLink) {
+      st = touch(child);
+      if (st > 2) return st;
       child->parentLink = parent->selfLink;
-      touch(child);
     }
   }
   return VX_RET_TRUE;
@@ -1354,6 +1474,8 @@ VX_RET_STATUS VX_Btree::adopt(VX_BtreeNode* parent, unsigned int from, unsigned 
 // a record toward a sibling with room, through the parent's separators, or splits.
 VX_RET_STATUS VX_Btree::insertRec(VX_BtreeNode* node, unsigned int pos, const char* slot, VX_BtreeLink rightLink) {
   if (!enabled) return failAt(VX_RET_ERR_OBJ, 2405);
+  VX_RET_STATUS touched = touch(node);
+  if (touched > 2) return touched;
   const size_t size = node->slotSize;
   unsigned n = node->numElems;
   std::memmove(node->slot(pos + 1), node->slot(pos), (n - pos) * size);
@@ -1361,7 +1483,6 @@ VX_RET_STATUS VX_Btree::insertRec(VX_BtreeNode* node, unsigned int pos, const ch
   for (unsigned i = n + 1; i > pos + 1; --i) node->links[i] = node->links[i - 1];
   node->links[pos + 1] = rightLink;
   node->numElems = n + 1;
-  touch(node);
   if (node->numElems <= node->capacity) return VX_RET_TRUE;
   if (node->parentLink.handle) {
     VX_BtreeNode* parent = nullptr;
@@ -1416,6 +1537,10 @@ VX_RET_STATUS VX_Btree::moveToLeft(VX_BtreeNode* parent, unsigned int sep) {
   if (st <= 2) st = getNode(parent->links[sep + 1], parent->selfLink.handle, right);
   if (st > 2) return st;
   if (right->numElems == 0) return failAt(VX_RET_ERR_GEN, 2633);
+  if (st <= 2) st = touch(left);
+  if (st <= 2) st = touch(right);
+  if (st <= 2) st = touch(parent);
+  if (st > 2) return st;
   const size_t size = parent->slotSize;
   unsigned ln = left->numElems, rn = right->numElems;
   std::memcpy(left->slot(ln), parent->slot(sep), size);
@@ -1426,9 +1551,6 @@ VX_RET_STATUS VX_Btree::moveToLeft(VX_BtreeNode* parent, unsigned int sep) {
   for (unsigned i = 0; i < rn; ++i) right->links[i] = right->links[i + 1];
   right->links[rn] = VX_BtreeLink();
   right->numElems = rn - 1;
-  touch(left);
-  touch(right);
-  touch(parent);
   return adopt(left, ln + 1, ln + 1);
 }
 
@@ -1440,6 +1562,10 @@ VX_RET_STATUS VX_Btree::moveToRight(VX_BtreeNode* parent, unsigned int sep) {
   if (st <= 2) st = getNode(parent->links[sep + 1], parent->selfLink.handle, right);
   if (st > 2) return st;
   if (left->numElems == 0) return failAt(VX_RET_ERR_GEN, 2701);
+  if (st <= 2) st = touch(left);
+  if (st <= 2) st = touch(right);
+  if (st <= 2) st = touch(parent);
+  if (st > 2) return st;
   const size_t size = parent->slotSize;
   unsigned ln = left->numElems, rn = right->numElems;
   std::memmove(right->slot(1), right->slot(0), rn * size);
@@ -1450,9 +1576,6 @@ VX_RET_STATUS VX_Btree::moveToRight(VX_BtreeNode* parent, unsigned int sep) {
   std::memcpy(parent->slot(sep), left->slot(ln - 1), size);
   left->links[ln] = VX_BtreeLink();
   left->numElems = ln - 1;
-  touch(left);
-  touch(right);
-  touch(parent);
   return adopt(right, 0, 0);
 }
 
@@ -1467,6 +1590,7 @@ VX_RET_STATUS VX_Btree::splitNode(VX_BtreeNode* node) {
   VX_BtreeNode *right = nullptr, *root = nullptr;
   VX_RET_STATUS st = newNode(right);
   if (st <= 2 && !node->parentLink.handle) st = newNode(root);
+  if (st <= 2) st = touch(node);
   if (st > 2) return st;
   const size_t size = node->slotSize;
   unsigned moved = n - keep;
@@ -1478,8 +1602,6 @@ VX_RET_STATUS VX_Btree::splitNode(VX_BtreeNode* node) {
   right->numElems = moved;
   node->numElems = mid;
   std::memcpy(slotBuf, node->slot(mid), size);
-  touch(node);
-  touch(right);
   st = adopt(right, 0, moved);
   if (st > 2) return st;
   if (root) {
@@ -1489,7 +1611,6 @@ VX_RET_STATUS VX_Btree::splitNode(VX_BtreeNode* node) {
     root->numElems = 1;
     node->parentLink = right->parentLink = root->selfLink;
     rootLink = root->selfLink;
-    touch(root);
     return VX_RET_TRUE;
   }
   right->parentLink = node->parentLink;
@@ -1509,12 +1630,14 @@ VX_RET_STATUS VX_Btree::merge(VX_BtreeNode* parent, unsigned int sep) {
   if (st > 2) return st;
   unsigned ln = left->numElems, rn = right->numElems;
   if (ln + 1 + rn > left->capacity) return failAt(VX_RET_ERR_GEN, 2709);
+  if (st <= 2) st = touch(left);
+  if (st <= 2) st = touch(parent);
+  if (st > 2) return st;
   const size_t size = parent->slotSize;
   std::memcpy(left->slot(ln), parent->slot(sep), size);
   std::memcpy(left->slot(ln + 1), right->slot(0), rn * size);
   for (unsigned i = 0; i <= rn; ++i) left->links[ln + 1 + i] = right->links[i];
   left->numElems = ln + 1 + rn;
-  touch(left);
   st = adopt(left, ln + 1, ln + 1 + rn);
   if (st > 2) return st;
   unsigned pn = parent->numElems;
@@ -1522,8 +1645,8 @@ VX_RET_STATUS VX_Btree::merge(VX_BtreeNode* parent, unsigned int sep) {
   for (unsigned i = sep + 1; i < pn; ++i) parent->links[i] = parent->links[i + 1];
   parent->links[pn] = VX_BtreeLink();
   parent->numElems = pn - 1;
-  touch(parent);
-  freeNode(right);
+  st = freeNode(right);
+  if (st > 2) return st;
   if (!parent->parentLink.handle && parent->numElems == 0) {
     rootLink = left->selfLink;
     left->parentLink = VX_BtreeLink();
@@ -1536,7 +1659,6 @@ VX_RET_STATUS VX_Btree::merge(VX_BtreeNode* parent, unsigned int sep) {
 // first) or merges with one.
 VX_RET_STATUS VX_Btree::adjust(VX_BtreeNode* node) {
   if (!enabled) return failAt(VX_RET_ERR_OBJ, 2889);
-  touch(node);
   if (!node->parentLink.handle || node->numElems >= node->minElems) return VX_RET_TRUE;
   VX_BtreeNode *parent = nullptr, *sib = nullptr;
   unsigned at = 0;
@@ -1565,8 +1687,9 @@ VX_RET_STATUS VX_Btree::putRec(const char* keyForm, const char* rec, const char*
   if (st > 2) return st;
   if (st == VX_RET_TRUE) {
     char* at = node->slot(index) + keyBytes;
+    st = touch(node);
+    if (st > 2) return st;
     std::memcpy(at + skip, rec, recSize);
-    touch(node);
     if (dataBlockSize && dataBlock) st = updateDataBlock(get32(at), dataBlock);
     return st > 2 ? st : VX_RET_TRUE;
   }
@@ -1616,9 +1739,12 @@ VX_RET_STATUS VX_Btree::removeRec(const char* keyForm) {
     if (pred->numElems == 0) usePred = false;
     leaf = usePred ? pred : succ;
     from = usePred ? pred->numElems - 1 : 0;
+    st = touch(node);
+    if (st > 2) return st;
     std::memcpy(node->slot(index), leaf->slot(from), size);
-    touch(node);
   }
+  st = touch(leaf);
+  if (st > 2) return st;
   unsigned n = leaf->numElems;
   std::memmove(leaf->slot(from), leaf->slot(from + 1), (n - from - 1) * size);
   leaf->numElems = n - 1;
