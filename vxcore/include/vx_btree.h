@@ -163,7 +163,7 @@ typedef VX_RET_STATUS (*VX_BtreeCallback)(VX_BtreeIteratorStruct& it);
 // tree is left as it was); damage found in a file VX_RET_ERR_FILE, transfers VX_RET_ERR_GEN.
 //
 // File trees keep unpacked nodes in a bounded cache. Changed nodes are written back in batches:
-// when about 4 MB of them have gathered, when the cache is trimmed, at flush() and when the tree
+// when about 32 MB of them have gathered, when the cache is trimmed, at flush() and when the tree
 // goes; the header (record count, root) is rewritten with each batch. A call that fails half-way
 // is undone in memory, so the tree and the file stay as they were before it.
 class VX_API VX_Btree : public VX_VorlaxeClass {

@@ -36,7 +36,8 @@ enum : unsigned {
   MaxKeyFields = 1024,
   MaxStrLen = 0x100000,
   MaxNodeBytes = 0x40000000u,
-  CacheBytes = 64u << 20,  // unpacked file nodes kept between calls
+  CacheBytes = 64u << 20,      // unpacked file nodes kept between calls
+  WriteBackBytes = 32u << 20,  // changed file nodes gathered before they are written back
   NumReserved = 5,
   MaxSpares = MaxDepth + 2
 };
@@ -1322,7 +1323,7 @@ VX_RET_STATUS VX_Btree::finish(VX_RET_STATUS st) {
   if (goneBlock && !NodeCache::push(nodes->gone, nodes->numGone, nodes->capGone, goneBlock))
     wr = file->deleteRec(goneBlock);
   newBlock = goneBlock = 0;
-  if (wr <= 2 && nodes->dirtyCount * (shape->packedSize + RecHdr) > (4u << 20)) wr = writeBack();
+  if (wr <= 2 && nodes->dirtyCount * (shape->packedSize + RecHdr) > WriteBackBytes) wr = writeBack();
   return wr > 2 ? wr : st;
 }
 
