@@ -139,7 +139,9 @@ struct VX_API VX_BtreeIteratorStruct {
   // 2 a node begins, 3 one record, 4 the node ends. The in-order walk gives only 3.
   unsigned int event;
   VX_VarArr key;
-  char* rec;
+  char* rec;        // the record's bytes (after the data-block link when the tree keeps blocks)
+  // The record's data block: the block itself in a memory tree; in a file tree a buffer of the
+  // tree holding a copy for the length of the call.
   char* dataBlock;
   unsigned char hasParent;
   char* parentRec;
@@ -225,7 +227,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   // Node by node, level by level (events 2, 3 per record, 4).
   VX_RET_STATUS breadthIterator(VX_BtreeCallback callback);
 
-  // Depth (levels) and node count, found by a walk; for tools and tests.
+  // Depth (levels) and node count, found by a breadth walk that checks every link it follows.
   VX_RET_STATUS getShape(unsigned int& depth, unsigned long& nodes);
 
  private:
