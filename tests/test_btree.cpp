@@ -328,6 +328,31 @@ TEST(BtreeWalks, EventsStopAndRanges) {
   }), VX_RET_ERR_ILOCK);
 }
 
+// Each node of the breadth walk names its parent's first record, and its level.
+TEST(BtreeWalks, BreadthWalkNamesTheParentsFirstRecord) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(3, tmpl, 4, 0);
+  for (int k = 1; k <= 7; ++k) {
+    VX_VarArr key = intKey(k);
+    std::string rec = vxtest::recFor(k, 0, 4);
+    ASSERT_EQ(tree.writeRec(key, rec.data(), nullptr), VX_RET_TRUE);
+  }
+  static std::vector<std::string> seen;
+  seen.clear();
+  ASSERT_EQ(tree.breadthIterator([](VX_BtreeIteratorStruct& it) {
+    if (it.event != 2) return VX_RET_TRUE;
+    std::string line = std::to_string(it.level) + ":";
+    if (it.hasParent) line += std::to_string(it.parentKey[0].i()) + "/" + std::to_string(it.parentRec[0] & 0xff);
+    seen.push_back(line);
+    return VX_RET_TRUE;
+  }), VX_RET_TRUE);
+  // Order 3 never rolls over: 1..7 ascending gives a full three-level tree rooted at 4.
+  std::string r2 = std::to_string(vxtest::recFor(2, 0, 4)[0] & 0xff), r4 = std::to_string(vxtest::recFor(4, 0, 4)[0] & 0xff),
+              r6 = std::to_string(vxtest::recFor(6, 0, 4)[0] & 0xff);
+  EXPECT_EQ(seen, std::vector<std::string>({"0:", "1:4/" + r4, "1:4/" + r4, "2:2/" + r2, "2:2/" + r2, "2:6/" + r6,
+                                            "2:6/" + r6}));
+}
+
 TEST(Btree, NthRecordCopiesComparisonAndCompress) {
   VX_VarArr tmpl = intKey(0);
   VX_Btree tree(6, tmpl, 4, 4);
