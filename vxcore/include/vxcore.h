@@ -5,6 +5,7 @@
 #include "vx_adapter.h"
 #include "vx_array.h"
 #include "vx_base.h"
+#include "vx_btree.h"
 #include "vx_camera.h"
 #include "vx_color.h"
 #include "vx_command.h"

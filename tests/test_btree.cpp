@@ -1,0 +1,451 @@
+// The memory B-tree: node shape, insertion with rollover and split, deletion with rotation and
+// merge, walks, check, copies, allocation failures, all against a std::map model.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "vx_btree_test_support.h"
+#include "vx_test_support.h"
+
+namespace {
+
+using vxtest::intKey;
+
+struct Node {
+  unsigned level, count;
+  std::vector<int> keys;
+};
+std::vector<Node>* nodesSeen = nullptr;
+std::vector<unsigned>* events = nullptr;
+
+// Records the breadth walk node by node.
+VX_RET_STATUS byNode(VX_BtreeIteratorStruct& it) {
+  if (events) events->push_back(it.event);
+  if (!nodesSeen) return VX_RET_TRUE;
+  if (it.event == 2) nodesSeen->push_back({it.level, 0, {}});
+  if (it.event == 3) {
+    nodesSeen->back().count++;
+    nodesSeen->back().keys.push_back(it.key[0].i());
+  }
+  return VX_RET_TRUE;
+}
+
+std::vector<Node> shapeOf(VX_Btree& tree) {
+  std::vector<Node> out;
+  nodesSeen = &out;
+  EXPECT_EQ(tree.breadthIterator(byNode), VX_RET_TRUE);
+  nodesSeen = nullptr;
+  return out;
+}
+
+void insertAll(VX_Btree& tree, const std::vector<int>& keys) {
+  char rec[4] = {};
+  for (int k : keys) {
+    VX_VarArr key = intKey(k);
+    ASSERT_EQ(tree.writeRec(key, rec, nullptr), VX_RET_TRUE) << k;
+  }
+}
+
+TEST(BtreeNode, ShapeFollowsTheOrder) {
+  VX_VarArr tmpl = intKey(0);
+  struct { unsigned order, capacity, minElems; } table[] = {{3, 2, 1}, {4, 3, 1}, {5, 4, 2}, {6, 5, 2}, {7, 6, 3}};
+  for (auto& row : table) {
+    VX_BtreeNode node(row.order, tmpl, 8);
+    ASSERT_TRUE(node.objIsEnabled());
+    EXPECT_EQ(node.getCapacity(), row.capacity);
+    EXPECT_EQ(node.getMinElems(), row.minElems);
+    VX_Version v;
+    EXPECT_EQ(node.getPackedSize(v, VX_STORAGE_BINARY), row.capacity * (8 + 12) + 12 + row.order * 4);
+  }
+  vxtest::CaptureReporter rep;
+  VX_BtreeNode bad(2, tmpl, 8);
+  EXPECT_FALSE(bad.objIsEnabled());
+  EXPECT_TRUE(rep.mentions("Order must be at least 3"));
+  // String fields add the template's longest string to every record.
+  VX_VarArr strTmpl = vxtest::strIntKey("", 0, 9);
+  VX_BtreeNode withText(4, strTmpl, 2);
+  VX_Version v;
+  EXPECT_EQ(withText.getPackedSize(v, VX_STORAGE_BINARY), 3u * (2 + 10 * 1 + 2 * 12) + 12 + 4 * 4);
+}
+
+TEST(BtreeNode, UnpackRefusesNodesThatDoNotFitTheShape) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(4, tmpl, 4, 0);
+  insertAll(tree, {1, 2, 3, 4, 5});
+  VX_BtreeNode node(4, tmpl, 4);
+  VX_Version v;
+  unsigned size = node.getPackedSize(v, VX_STORAGE_BINARY);
+  std::string good(size, '\0');
+  good[0] = 2;  // two records, int keys 7 and 9, no children
+  for (int i = 0; i < 2; ++i) {
+    good[12 + i * 16] = VX_VAR_INT;
+    good[12 + i * 16 + 4] = static_cast<char>(7 + 2 * i);
+  }
+  unsigned used = 0;
+  ASSERT_EQ(node.unpackFrom(v, good.data(), size, used, VX_STORAGE_BINARY), VX_RET_TRUE);
+  EXPECT_EQ(node.getNumElems(), 2u);
+  VX_VarArr key;
+  ASSERT_EQ(node.getKey(1, key), VX_RET_TRUE);
+  EXPECT_EQ(key[0].i(), 9);
+  // Each damage in turn: the unpack refuses and the node keeps what it had.
+  struct { const char* what; size_t at; char value; } damage[] = {
+      {"count above capacity", 0, 4},
+      {"key of another kind", 12, VX_VAR_DOUBLE},
+      {"link beyond the count", 12 + 3 * 16 + 3 * 4, 1},
+      {"leaf and inner links mixed", 12 + 3 * 16, 1},
+  };
+  for (auto& d : damage) {
+    vxtest::CaptureReporter rep;
+    std::string bad = good;
+    bad[d.at] = d.value;
+    EXPECT_GT(node.unpackFrom(v, bad.data(), size, used, VX_STORAGE_BINARY), 2) << d.what;
+    EXPECT_EQ(node.getNumElems(), 2u) << d.what;
+  }
+  vxtest::CaptureReporter rep;
+  EXPECT_GT(node.unpackFrom(v, good.data(), size - 1, used, VX_STORAGE_BINARY), 2) << "short block";
+}
+
+TEST(Btree, OrderBelowThreeIsRefused) {
+  vxtest::CaptureReporter rep;
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(2, tmpl, 4, 0);
+  EXPECT_FALSE(tree.objIsEnabled());
+  EXPECT_TRUE(rep.mentions("btree order less than 3"));
+  char rec[4] = {};
+  VX_VarArr key = intKey(1);
+  EXPECT_EQ(tree.writeRec(key, rec, nullptr), VX_RET_ERR_OBJ);
+  EXPECT_EQ(tree.readRec(key, rec, nullptr), VX_RET_ERR_OBJ);
+  EXPECT_EQ(tree.getNum(), 0u);
+}
+
+TEST(Btree, UpdateKeepsTheCountAndNewKeysCanBeRefused) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(5, tmpl, 4, 0);
+  VX_VarArr key = intKey(42);
+  ASSERT_EQ(tree.writeRec(key, const_cast<char*>("abcd"), nullptr), VX_RET_TRUE);
+  ASSERT_EQ(tree.writeRec(key, const_cast<char*>("wxyz"), nullptr), VX_RET_TRUE);
+  EXPECT_EQ(tree.getNum(), 1u);
+  char rec[4];
+  ASSERT_EQ(tree.readRec(key, rec, nullptr), VX_RET_TRUE);
+  EXPECT_EQ(std::string(rec, 4), "wxyz");
+  tree.setNoNewKeys(1);
+  VX_VarArr other = intKey(7);
+  EXPECT_EQ(tree.writeRec(other, rec, nullptr), VX_RET_FALSE);
+  EXPECT_EQ(tree.writeRec(key, const_cast<char*>("1234"), nullptr), VX_RET_TRUE);
+  EXPECT_EQ(tree.getNum(), 1u);
+  vxtest::CaptureReporter rep;
+  EXPECT_EQ(tree.readRec(key, nullptr, nullptr), VX_RET_ERR_ARG);
+  VX_VarArr wrongKind(1, VX_VAR_DOUBLE, 0);
+  EXPECT_EQ(tree.readRec(wrongKind, rec, nullptr), VX_RET_ERR_ARG);
+  VX_VarArr twoFields(2, VX_VAR_INT, 0);
+  EXPECT_EQ(tree.writeRec(twoFields, rec, nullptr), VX_RET_ERR_ARG);
+}
+
+TEST(Btree, SplitDividesTheOverfullNodeAroundItsMiddle) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(5, tmpl, 4, 0);
+  insertAll(tree, {10, 20, 30, 40});
+  ASSERT_EQ(shapeOf(tree).size(), 1u);
+  insertAll(tree, {50});  // a full root always splits: 5 records, 3 | 2, the third goes up
+  auto shape = shapeOf(tree);
+  ASSERT_EQ(shape.size(), 3u);
+  EXPECT_EQ(shape[0].keys, std::vector<int>({30}));
+  EXPECT_EQ(shape[1].keys, std::vector<int>({10, 20}));
+  EXPECT_EQ(shape[2].keys, std::vector<int>({40, 50}));
+  EXPECT_EQ(shape[1].level, 1u);
+}
+
+TEST(Btree, FullLeafRollsOverToANeighbourWithRoomInsteadOfSplitting) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(5, tmpl, 4, 0);
+  insertAll(tree, {10, 20, 30, 40, 50});  // [10 20] 30 [40 50]
+  insertAll(tree, {60, 70});              // right leaf full: [40 50 60 70]
+  ASSERT_EQ(shapeOf(tree)[2].keys, std::vector<int>({40, 50, 60, 70}));
+  insertAll(tree, {80});  // left leaf has 2 < capacity - 1: one record passes left
+  auto shape = shapeOf(tree);
+  ASSERT_EQ(shape.size(), 3u);
+  EXPECT_EQ(shape[0].keys, std::vector<int>({40}));
+  EXPECT_EQ(shape[1].keys, std::vector<int>({10, 20, 30}));
+  EXPECT_EQ(shape[2].keys, std::vector<int>({50, 60, 70, 80}));
+  insertAll(tree, {90});  // left leaf now has capacity - 1: no room, split
+  EXPECT_EQ(shapeOf(tree).size(), 4u);
+  EXPECT_EQ(tree.check(), VX_RET_TRUE);
+}
+
+TEST(Btree, AscendingInsertionKeepsLeavesPackedThroughRollover) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(5, tmpl, 4, 0);
+  std::vector<int> keys;
+  for (int k = 1; k <= 200; ++k) keys.push_back(k * 10);
+  insertAll(tree, keys);
+  EXPECT_EQ(tree.check(), VX_RET_TRUE);
+  // Ascending insertion with rollover packs leaves: nearly all hold capacity - 1 or more.
+  auto shape = shapeOf(tree);
+  unsigned leaves = 0, recs = 0;
+  for (auto& n : shape)
+    if (n.level == shape.back().level) {
+      ++leaves;
+      recs += n.count;
+    }
+  EXPECT_GT(recs, leaves * 3 - 2) << "leaves hold " << recs << " in " << leaves;
+}
+
+TEST(Btree, DeletionBorrowsThenMergesAndTheEmptiedRootGoes) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(5, tmpl, 4, 0);
+  insertAll(tree, {10, 20, 30, 40, 50, 60});  // [10 20] 30 [40 50 60]
+  VX_VarArr k10 = intKey(10);
+  ASSERT_EQ(tree.deleteRec(k10), VX_RET_TRUE);  // left below 2: rotate from the right
+  auto shape = shapeOf(tree);
+  ASSERT_EQ(shape.size(), 3u);
+  EXPECT_EQ(shape[0].keys, std::vector<int>({40}));
+  EXPECT_EQ(shape[1].keys, std::vector<int>({20, 30}));
+  EXPECT_EQ(shape[2].keys, std::vector<int>({50, 60}));
+  VX_VarArr k60 = intKey(60);
+  ASSERT_EQ(tree.deleteRec(k60), VX_RET_TRUE);  // no sibling can spare: merge, root goes
+  shape = shapeOf(tree);
+  ASSERT_EQ(shape.size(), 1u);
+  EXPECT_EQ(shape[0].keys, std::vector<int>({20, 30, 40, 50}));
+  VX_VarArr absent = intKey(99);
+  EXPECT_EQ(tree.deleteRec(absent), VX_RET_FALSE);
+  EXPECT_EQ(tree.getNum(), 4u);
+}
+
+TEST(Btree, InnerRecordIsReplacedByItsPredecessorOrSuccessor) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(5, tmpl, 4, 0);
+  insertAll(tree, {10, 20, 30, 40, 50, 60});  // [10 20] 30 [40 50 60]
+  VX_VarArr k30 = intKey(30);
+  ASSERT_EQ(tree.deleteRec(k30), VX_RET_TRUE);  // predecessor leaf at minimum: successor 40 goes up
+  auto shape = shapeOf(tree);
+  EXPECT_EQ(shape[0].keys, std::vector<int>({40}));
+  EXPECT_EQ(shape[2].keys, std::vector<int>({50, 60}));
+  insertAll(tree, {15});
+  VX_VarArr k40 = intKey(40);
+  ASSERT_EQ(tree.deleteRec(k40), VX_RET_TRUE);  // predecessor leaf can spare: 20 goes up
+  shape = shapeOf(tree);
+  EXPECT_EQ(shape[0].keys, std::vector<int>({20}));
+  EXPECT_EQ(tree.check(), VX_RET_TRUE);
+}
+
+// Random inserts and deletes large enough for every restructuring, at several orders.
+TEST(Btree, AgreesWithAMapModel) {
+  struct { unsigned order, recSize, blockSize; int ops, range; } runs[] = {
+      {3, 4, 0, 6000, 800}, {4, 1, 0, 6000, 800}, {5, 16, 24, 6000, 600}, {8, 8, 0, 20000, 3000}, {33, 12, 8, 20000, 5000}};
+  unsigned seed = 1;
+  for (auto& r : runs) {
+    SCOPED_TRACE("order " + std::to_string(r.order));
+    VX_VarArr tmpl = intKey(0);
+    VX_Btree tree(r.order, tmpl, r.recSize, r.blockSize);
+    ASSERT_TRUE(tree.objIsEnabled());
+    vxtest::Model model;
+    vxtest::driveAgainstModel(tree, model, r.recSize, r.blockSize, r.ops, r.range, seed++);
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST(Btree, MultiFieldKeysOrderFieldByField) {
+  VX_VarArr tmpl = vxtest::strIntKey("", 0, 7);
+  VX_Btree tree(4, tmpl, 2, 0);
+  const char* names[] = {"b", "a", "ab", "", "abc", "b"};
+  int n = 0;
+  for (const char* name : names)
+    for (int v = 3; v >= -3; --v) {
+      VX_VarArr key = vxtest::strIntKey(name, v, 7);
+      char rec[2] = {static_cast<char>(n++), 0};
+      ASSERT_EQ(tree.writeRec(key, rec, nullptr), VX_RET_TRUE);
+    }
+  EXPECT_EQ(tree.getNum(), 5u * 7u);
+  EXPECT_EQ(tree.check(), VX_RET_TRUE);
+  std::vector<std::string> order;
+  static std::vector<std::string>* out;
+  out = &order;
+  ASSERT_EQ(tree.inOrderIterator([](VX_BtreeIteratorStruct& it) {
+    out->push_back(std::string(it.key[0].str()) + "/" + std::to_string(it.key[1].i()));
+    return VX_RET_TRUE;
+  }), VX_RET_TRUE);
+  ASSERT_EQ(order.size(), 35u);
+  EXPECT_EQ(order.front(), "/-3");
+  EXPECT_EQ(order[7], "a/-3");
+  EXPECT_EQ(order.back(), "b/3");
+  vxtest::CaptureReporter rep;
+  VX_VarArr tooLong = vxtest::strIntKey("abcdefgh", 0, 20);
+  char rec[2] = {};
+  EXPECT_EQ(tree.writeRec(tooLong, rec, nullptr), VX_RET_ERR_ARG);
+}
+
+TEST(BtreeWalks, EventsStopAndRanges) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(4, tmpl, 4, 0);
+  insertAll(tree, {3, 1, 2});
+  std::vector<unsigned> ev;
+  events = &ev;
+  ASSERT_EQ(tree.breadthIterator(byNode), VX_RET_TRUE);
+  EXPECT_EQ(ev, std::vector<unsigned>({2, 3, 3, 3, 4}));
+  events = nullptr;
+
+  std::vector<int> keys;
+  for (int k = 0; k < 100; ++k) keys.push_back(k * 2);
+  insertAll(tree, keys);
+  static int calls;
+  calls = 0;
+  auto stopAtOnce = [](VX_BtreeIteratorStruct& it) {
+    ++calls;
+    it.stop = 1;
+    return VX_RET_TRUE;
+  };
+  EXPECT_EQ(tree.inOrderIterator(stopAtOnce), VX_RET_TRUE);
+  EXPECT_EQ(calls, 1);
+  calls = 0;
+  EXPECT_EQ(tree.breadthIterator(stopAtOnce), VX_RET_TRUE);
+  EXPECT_EQ(calls, 1);
+  auto failOnThird = [](VX_BtreeIteratorStruct&) { return ++calls == 3 ? VX_RET_ERR_USER : VX_RET_TRUE; };
+  calls = 0;
+  EXPECT_EQ(tree.inOrderIterator(failOnThird), VX_RET_ERR_USER);
+  EXPECT_EQ(calls, 3);
+
+  // A range walk gives exactly the keys inside it, bounds included.
+  vxtest::Seen s;
+  s.recSize = 4;
+  vxtest::seen = &s;
+  VX_VarArr from = intKey(51), to = intKey(60);
+  ASSERT_EQ(tree.inOrderIterator(vxtest::collect, from, to), VX_RET_TRUE);
+  EXPECT_EQ(s.keys, std::vector<int>({52, 54, 56, 58, 60}));
+  s.keys.clear();
+  VX_VarArr lo = intKey(-5), hi = intKey(-1);
+  ASSERT_EQ(tree.inOrderIterator(vxtest::collect, lo, hi), VX_RET_TRUE);
+  EXPECT_TRUE(s.keys.empty());
+  vxtest::seen = nullptr;
+
+  // The tree must not change under a walk.
+  static VX_Btree* walked;
+  walked = &tree;
+  vxtest::CaptureReporter rep;
+  EXPECT_EQ(tree.inOrderIterator([](VX_BtreeIteratorStruct& it) {
+    char rec[4] = {};
+    return walked->writeRec(it.key, rec, nullptr);
+  }), VX_RET_ERR_ILOCK);
+}
+
+// Each node of the breadth walk names its parent's first record, and its level.
+TEST(BtreeWalks, BreadthWalkNamesTheParentsFirstRecord) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(3, tmpl, 4, 0);
+  for (int k = 1; k <= 7; ++k) {
+    VX_VarArr key = intKey(k);
+    std::string rec = vxtest::recFor(k, 0, 4);
+    ASSERT_EQ(tree.writeRec(key, rec.data(), nullptr), VX_RET_TRUE);
+  }
+  static std::vector<std::string> seen;
+  seen.clear();
+  ASSERT_EQ(tree.breadthIterator([](VX_BtreeIteratorStruct& it) {
+    if (it.event != 2) return VX_RET_TRUE;
+    std::string line = std::to_string(it.level) + ":";
+    if (it.hasParent) line += std::to_string(it.parentKey[0].i()) + "/" + std::to_string(it.parentRec[0] & 0xff);
+    seen.push_back(line);
+    return VX_RET_TRUE;
+  }), VX_RET_TRUE);
+  // Order 3 never rolls over: 1..7 ascending gives a full three-level tree rooted at 4.
+  std::string r2 = std::to_string(vxtest::recFor(2, 0, 4)[0] & 0xff), r4 = std::to_string(vxtest::recFor(4, 0, 4)[0] & 0xff),
+              r6 = std::to_string(vxtest::recFor(6, 0, 4)[0] & 0xff);
+  EXPECT_EQ(seen, std::vector<std::string>({"0:", "1:4/" + r4, "1:4/" + r4, "2:2/" + r2, "2:2/" + r2, "2:6/" + r6,
+                                            "2:6/" + r6}));
+}
+
+TEST(Btree, NthRecordCopiesComparisonAndCompress) {
+  VX_VarArr tmpl = intKey(0);
+  VX_Btree tree(6, tmpl, 4, 4);
+  for (int k = 0; k < 300; ++k) {
+    VX_VarArr key = intKey(k * 3);
+    std::string rec = vxtest::recFor(k, 0, 4), block = vxtest::recFor(k, 1, 4);
+    ASSERT_EQ(tree.writeRec(key, rec.data(), block.data()), VX_RET_TRUE);
+  }
+  VX_VarArr key;
+  char rec[4], block[4];
+  ASSERT_EQ(tree.readNthRec(100, key, rec, block), VX_RET_TRUE);
+  EXPECT_EQ(key[0].i(), 300);
+  EXPECT_EQ(std::string(block, 4), vxtest::recFor(100, 1, 4));
+  EXPECT_EQ(tree.readNthRec(300, key, rec, block), VX_RET_FALSE);
+
+  VX_Btree copy(tree);
+  ASSERT_TRUE(copy.objIsEnabled());
+  EXPECT_TRUE(copy == tree);
+  VX_VarArr k3 = intKey(3);
+  ASSERT_EQ(copy.writeRec(k3, const_cast<char*>("zzzz"), nullptr), VX_RET_TRUE);
+  EXPECT_FALSE(copy == tree);
+  ASSERT_EQ(copy.writeRec(k3, rec, const_cast<char*>("zzzz")), VX_RET_TRUE);
+  ASSERT_EQ(tree.readRec(k3, rec, nullptr), VX_RET_TRUE);
+  ASSERT_EQ(copy.writeRec(k3, rec, nullptr), VX_RET_TRUE);
+  EXPECT_FALSE(copy == tree) << "data blocks differ";
+
+  VX_VarArr other = vxtest::strIntKey("", 0, 3);
+  VX_Btree assigned(3, other, 9, 0);
+  assigned = tree;
+  EXPECT_TRUE(assigned == tree);
+  VX_BTREE_TYPE type;
+  unsigned order, recSize, blockSize;
+  VX_VarArr t;
+  ASSERT_EQ(assigned.getInfo(type, order, t, recSize, blockSize), VX_RET_TRUE);
+  EXPECT_EQ(type, VX_BTREE_MEMORY);
+  EXPECT_EQ(order, 6u);
+  EXPECT_EQ(recSize, 4u);
+  EXPECT_EQ(blockSize, 4u);
+  EXPECT_EQ(t.numElems(), 1u);
+
+  for (int k = 0; k < 300; k += 2) {
+    VX_VarArr key2 = intKey(k * 3);
+    ASSERT_EQ(tree.deleteRec(key2), VX_RET_TRUE);
+  }
+  VX_Btree before(tree);
+  ASSERT_EQ(tree.compress(), VX_RET_TRUE);
+  EXPECT_EQ(tree.check(), VX_RET_TRUE);
+  EXPECT_TRUE(tree == before);
+}
+
+// Every allocation an operation makes may fail: the operation reports VX_RET_ERR_MEM and the
+// tree is left exactly as it was.
+TEST(BtreeAlloc, FailuresLeaveTheTreeAsItWas) {
+  vxtest::CaptureReporter rep;
+  VX_VarArr tmpl = intKey(0);
+  int failed = vxtest::forEachAllocFailure([&](long) {
+    VX_Btree tree(4, tmpl, 4, 8);
+    if (!tree.objIsEnabled()) return;
+    VX_VarArr key = intKey(1);
+    char rec[4] = {}, block[8] = {};
+    VX_RET_STATUS st = tree.writeRec(key, rec, block);
+    if (st == VX_RET_TRUE) return;
+    EXPECT_GT(st, 2);
+    EXPECT_EQ(tree.getNum(), 0u);
+  });
+  EXPECT_GT(failed, 3);
+
+  VX_Btree tree(4, tmpl, 4, 8);
+  std::map<int, std::string> model;
+  for (int k = 0; k < 200; ++k) {
+    int key = (k * 37) % 211;
+    VX_VarArr vk = intKey(key);
+    std::string rec = vxtest::recFor(key, 0, 4), block = vxtest::recFor(key, 1, 8);
+    // Fail each allocation of this insertion in turn, then let it through.
+    vxtest::forEachAllocFailure([&](long) {
+      VX_RET_STATUS st = tree.writeRec(vk, rec.data(), block.data());
+      if (st == VX_RET_TRUE) return;
+      EXPECT_EQ(st, VX_RET_ERR_MEM);
+      EXPECT_EQ(tree.getNum(), model.size());
+    });
+    model[key] = rec;
+    ASSERT_EQ(tree.getNum(), model.size());
+  }
+  EXPECT_EQ(tree.check(), VX_RET_TRUE);
+  vxtest::forEachAllocFailure([&](long) {
+    VX_Btree copy(tree);
+    bool hit = !vxtest::allocFaultPending();  // else the comparison would meet the failure
+    if (copy.objIsEnabled() && hit) {
+      EXPECT_TRUE(copy == tree);
+    }
+  });
+  vxtest::forEachAllocFailure([&](long) { tree.breadthIterator([](VX_BtreeIteratorStruct&) { return VX_RET_TRUE; }); });
+  EXPECT_EQ(tree.check(), VX_RET_TRUE);
+}
+
+}  // namespace
