@@ -517,19 +517,19 @@ VX_RET_STATUS VX_PublicClassDesc::publicMesg(VX_PublicObjMesg& msg) {
 // The properties are all made before the output arguments grow, so a failure leaves the
 // message as it was.
 VX_RET_STATUS VX_PublicClassDesc::describe(VX_PublicObjMesg& msg, bool labelled) {
-  struct Spec {
+  struct Row {
     const char* key;
     const char* label;
     const char* value;
     unsigned char readOnly;
-  } specs[4] = {
+  } rows[4] = {
       {compName, "Component Name", getName(), 0},
       {compDesc, "Component Description", getDesc(), 0},
       {compClassDesc, "Component Type", nullptr, 1},
       {compVendor, "Vendor", getVendorName(), 1},
   };
   const VX_PubDescTable* table = getPubObjDescTable();
-  specs[2].value = table ? table->classDesc : nullptr;
+  rows[2].value = table ? table->classDesc : nullptr;
   unsigned n = labelled ? 4 : 2;
   VX_CompProp* props[4] = {nullptr, nullptr, nullptr, nullptr};
   VX_RET_STATUS st = VX_RET_TRUE;
@@ -539,10 +539,10 @@ VX_RET_STATUS VX_PublicClassDesc::describe(VX_PublicObjMesg& msg, bool labelled)
       st = VX_RET_ERR_MEM;
       break;
     }
-    p->name = specs[k].key;
-    if (labelled) p->label = specs[k].label;
-    p->readOnly = specs[k].readOnly;
-    bool made = p->value.set(VX_VAR_STRING, orEmpty(specs[k].value)) <= 2 && static_cast<const char*>(p->name) &&
+    p->name = rows[k].key;
+    if (labelled) p->label = rows[k].label;
+    p->readOnly = rows[k].readOnly;
+    bool made = p->value.set(VX_VAR_STRING, orEmpty(rows[k].value)) <= 2 && static_cast<const char*>(p->name) &&
                 (!labelled || static_cast<const char*>(p->label));
     if (!made) st = VX_FAIL(VX_RET_ERR_MEM);
   }
