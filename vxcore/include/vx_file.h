@@ -79,6 +79,10 @@ class VX_API VX_File : public VX_VorlaxeClass {
   long bytesLeft();
   // Whether the stream writes through a private buffer this file set up.
   bool privateBuffer() const { return buffer != nullptr; }
+  // The stream record this file shares with its copies (null when none is open). It counts
+  // the transfers and repositionings made through any of them, so that a derived class that
+  // keeps the position in memory can tell when something else moved the stream.
+  VX_FileStreamShare* streamShare() const { return share; }
 
  private:
   void initDataMembers();

@@ -90,11 +90,12 @@ struct VX_FileBinrecState;
 // reaches the file when the header is rewritten and at close (not after a read-only open).
 //
 // Position: the file keeps the stream's position and the file's end in memory and moves the
-// stream only when it is not already where a transfer must happen. Moves made on this object
-// (seek, persistVal, restoreVal, every record operation) keep that in step. A transfer made
-// around it, through a VX_File or VX_FileBinary reference or copy (a persistable's persist and
-// restore receive such a reference), must be followed by seek() on the record file, which
-// learns the position and the end again.
+// stream only when it is not already where a transfer must happen. A transfer or seek made
+// around the record layer, on this object through a VX_File or VX_FileBinary reference (as a
+// persistable's persist and restore do), or through a plain VX_FileBinary copy, is noticed at
+// the next record operation, which then asks the stream for the position (and, after a write,
+// for the end) once. Nothing needs to be called in between; when nothing else moved the
+// stream, no system call is made to find out.
 //
 // Failures: not enabled or no stream is VX_RET_ERR_POBJ (offset-returning operations answer -1);
 // bad arguments VX_RET_ERR_ARG; allocation VX_RET_ERR_MEM; a failed transfer or seek
@@ -161,20 +162,9 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_RET_STATUS read(VX_Persistable& obj, unsigned int size);
   VX_RET_STATUS write(VX_Persistable& obj);
 
-  // Moves the stream as the binary file does and learns the position and the end anew (see
-  // Position above).
+  // Moves the stream as the binary file does; the position and the end are asked for anew,
+  // which also picks up a change made to the file by another process or another open of it.
   VX_RET_STATUS seek(long offset, int whence);
-  // The binary file's field transfers; the position is learnt anew at the next record operation.
-  template <class... Args>
-  VX_RET_STATUS persistVal(Args&&... args) {
-    forgetPosition();
-    return VX_FileBinary::persistVal(static_cast<Args&&>(args)...);
-  }
-  template <class... Args>
-  VX_RET_STATUS restoreVal(Args&&... args) {
-    forgetPosition();
-    return VX_FileBinary::restoreVal(static_cast<Args&&>(args)...);
-  }
 
   // Part of a record's data: `size` bytes from `subOffset` into the data of the record at
   // `recOffset`. The range must lie inside the record, which is checked before anything is
@@ -262,8 +252,13 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   // (-1 when even that fails).
   VX_FILEREC_LOCAL long here();
   VX_FILEREC_LOCAL long fileEnd();
-  // Makes both unknown. Part of the interface: the field-transfer templates above call it.
-  void forgetPosition();
+  // Makes both unknown.
+  VX_FILEREC_LOCAL void forgetPosition();
+  // Notices moves made around the record layer (see Position above): when the stream's move
+  // counter is not the one noted, the position is unknown, and the end too after a write.
+  VX_FILEREC_LOCAL void followStream();
+  // Notes the stream's counters after a move or transfer of the record layer's own.
+  VX_FILEREC_LOCAL void noteOwnMoves();
   // Moves the stream to `offset` unless it is there already.
   VX_FILEREC_LOCAL VX_RET_STATUS moveTo(long offset);
   // Plain transfers at the current position that keep the position and the end in step.

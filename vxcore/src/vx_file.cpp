@@ -9,20 +9,12 @@
 #include <cstring>
 #include <type_traits>
 
+#include "vx_filestream.h"
 #include "vx_mem.h"
 #include "vx_platform.h"
 #include "vx_report.h"
 #include "vx_strfunc.h"
 #include "vx_version.h"
-
-// The stream of an opened file, shared by the object that opened it and every copy made from
-// it. The owner closes the stream and clears `stream`; the record itself goes with its last user,
-// so a copy that outlives the owner sees a closed file instead of a dangling handle.
-struct VX_FileStreamShare {
-  std::FILE* stream;
-  unsigned users;
-  enum Io { None, Reading, Writing } lastIo;
-};
 
 namespace {
 
@@ -126,6 +118,8 @@ std::FILE* VX_File::ioStream(bool writing) {
   VX_FileStreamShare::Io wanted = writing ? VX_FileStreamShare::Writing : VX_FileStreamShare::Reading;
   if (share->lastIo != VX_FileStreamShare::None && share->lastIo != wanted) std::fseek(fp, 0, SEEK_CUR);
   share->lastIo = wanted;
+  ++share->moves;
+  if (writing) ++share->writes;
   return fp;
 }
 
@@ -169,6 +163,8 @@ VX_RET_STATUS VX_File::open(const char* path, VX_FILE_MODE openMode, VX_STORAGE_
   share->stream = fp;
   share->users = 1;
   share->lastIo = VX_FileStreamShare::None;
+  share->moves = 0;
+  share->writes = 0;
   if (buffered) {
     VX_RET_STATUS st = setBuffer(size);
     if (st > 2) {
@@ -241,6 +237,7 @@ VX_RET_STATUS VX_File::seek(long offset, int whence) {
   if (!enabled || !fp) return VX_FAIL(VX_RET_ERR_POBJ);
   if (whence < 0 || whence > 2) return VX_FAIL(VX_RET_ERR_ARG);
   static const int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+  ++share->moves;  // even a failed seek may leave the stream elsewhere
   errno = 0;
   if (std::fseek(fp, offset, origins[whence]) != 0) {
     int error = errno;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "vx_filestream.h"
 #include "vx_platform.h"
 #include "vx_report.h"
 #include "vx_version.h"
@@ -111,6 +112,9 @@ VX_FileBinrecRecHdr liveRecHdr(unsigned size) {
 // One open record file's shared part. `pos` and `end` mirror the stream: every transfer and move
 // the record layer makes keeps them in step, so that an append needs neither a seek to the end
 // nor a question to the system about where the stream is; -1 means "not known, ask the stream".
+// `seenMoves` and `seenWrites` are the stream's counters as the record layer left them: when the
+// stream's differ, something else moved it (or wrote) and the position (or the end) is learnt
+// again.
 struct VX_FileBinrecState {
   unsigned users = 1;
   VX_FileBinrecHdr hdr{};
@@ -120,6 +124,8 @@ struct VX_FileBinrecState {
   VX_Array<VX_FileBinrecTblEntry> freeRecTbl{0, 1};
   long pos = -1;
   long end = -1;
+  unsigned long seenMoves = 0;
+  unsigned long seenWrites = 0;
 };
 
 namespace {
@@ -254,9 +260,13 @@ unsigned char VX_FileBinaryRec::operator==(const VX_FileBinaryRec& other) const 
   return VX_File::operator==(other);
 }
 
+// Runs first in every record operation, so the stream is looked at here without a call, and
+// moves made around the record layer are caught up with before anything relies on the position.
 VX_RET_STATUS VX_FileBinaryRec::usable(unsigned line) {
-  if (!enabled || !state || !VX_FileBinary::objIsEnabled() || !fileStream())
+  const VX_FileStreamShare* share = streamShare();
+  if (!enabled || !state || !VX_FileBinary::objIsEnabled() || !share || !share->stream)
     return VX_reportFail(VX_RET_ERR_POBJ, VX_MODULE_LABEL, line);
+  if (share->moves != state->seenMoves) followStream();
   return VX_RET_TRUE;
 }
 
@@ -332,6 +342,7 @@ VX_RET_STATUS VX_FileBinaryRec::create(const char* path, unsigned char buffered,
   state = VX_newObject<VX_FileBinrecState>();
   if (!state) return abandon(VX_FAIL(VX_RET_ERR_MEM), true);
   state->pos = state->end = 0;  // just created: empty, at its start
+  noteOwnMoves();
 
   st = state->freeRecTbl.reallocate(dim);
   if (st > 2) return abandon(st, true);
@@ -370,6 +381,7 @@ VX_RET_STATUS VX_FileBinaryRec::openExisting(const char* path, VX_FILE_MODE mode
   if (st > 2) return abandon(st, false);
   state = VX_newObject<VX_FileBinrecState>();
   if (!state) return abandon(VX_FAIL(VX_RET_ERR_MEM), true);
+  noteOwnMoves();
 
   const char* heading = "VX_FileBinaryRec open";
   long fileLength = fileEnd();
@@ -451,6 +463,7 @@ VX_RET_STATUS VX_FileBinaryRec::close() {
   VX_setUserError(0);
   if (!enabled) return VX_FAIL(VX_RET_ERR_POBJ);
   VX_RET_STATUS st = VX_RET_TRUE;
+  if (state && fileStream()) followStream();
   if (state && fileStream() && getMode() != VX_FILE_READ && state->freeRecTbl.numElems() == state->hdr.dim &&
       state->hdr.dim) {
     st = writeTable();
@@ -495,7 +508,10 @@ long VX_FileBinaryRec::here() {
 }
 
 long VX_FileBinaryRec::fileEnd() {
-  if (state->end < 0) state->end = length();
+  if (state->end < 0) {
+    state->end = length();  // moves the stream and puts it back
+    noteOwnMoves();
+  }
   return state->end;
 }
 
@@ -505,16 +521,36 @@ void VX_FileBinaryRec::forgetPosition() {
   state->end = -1;
 }
 
+void VX_FileBinaryRec::followStream() {
+  const VX_FileStreamShare& s = *streamShare();
+  if (s.moves == state->seenMoves) return;  // nothing moved the stream behind our back
+  // Reads and seeks made elsewhere leave the end where it was; a write may have moved it.
+  state->pos = -1;
+  if (s.writes != state->seenWrites) state->end = -1;
+  noteOwnMoves();
+}
+
+void VX_FileBinaryRec::noteOwnMoves() {
+  const VX_FileStreamShare& s = *streamShare();
+  state->seenMoves = s.moves;
+  state->seenWrites = s.writes;
+}
+
+// Also the way to make the file learn a change made by another process or another open of the
+// same file: the position and the end are both asked for again.
 VX_RET_STATUS VX_FileBinaryRec::seek(long offset, int whence) {
   VX_setUserError(0);
+  VX_RET_STATUS st = VX_File::seek(offset, whence);
   forgetPosition();
-  return VX_File::seek(offset, whence);
+  if (state && streamShare()) noteOwnMoves();
+  return st;
 }
 
 VX_RET_STATUS VX_FileBinaryRec::moveTo(long offset) {
   if (offset >= 0 && state->pos == offset) return VX_RET_TRUE;
   VX_RET_STATUS st = VX_File::seek(offset, 0);
   state->pos = st > 2 ? -1 : offset;
+  noteOwnMoves();
   return st;
 }
 
@@ -524,6 +560,7 @@ VX_RET_STATUS VX_FileBinaryRec::transfer(bool writing, void* data, unsigned int 
   if (!size) return VX_RET_TRUE;
   long start = state->pos;
   VX_RET_STATUS st = writing ? VX_File::write(data, size, 1) : VX_File::read(data, size, 1);
+  noteOwnMoves();
   if (st > 2) {
     forgetPosition();
     return st;
