@@ -21,8 +21,9 @@ VX_RET_STATUS VX_init(void) {
   if (!VX_defReporter) return VX_FAIL(VX_RET_ERR_MEM);
   VX_RET_STATUS st = VX_registerReporter(VX_defReporter);
   if (st > 2) return st;
-  VX_systemVersionRead = "1.0.0";
-  VX_systemVersionWrite = "1.0.0";
+  // 1.0.0 set by number: parsing the text would allocate, and could fail silently.
+  VX_systemVersionRead.set(1, 0, 0);
+  VX_systemVersionWrite.set(1, 0, 0);
   // From here on a failure is printed by the reporter just made.
   VX_coutPtr = VX_newObject<VX_OStream>();
   if (!VX_coutPtr) return VX_FAIL(VX_RET_ERR_MEM);
