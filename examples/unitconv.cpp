@@ -143,13 +143,17 @@ class UnitConverter : public VX_PublicClass {
     if (msg.mesg == VX_PUB_OBJ_MESG_GET_SAVE_PROP_DESCS || msg.mesg == VX_PUB_OBJ_MESG_GET_VIEW_PROP_DESCS ||
         msg.mesg == VX_PUB_OBJ_MESG_GET_ALL_PROP_DESCS) {
       // Properties handed out belong to the receiver, which releases them (VX_CompProp::releaseAll).
-      VX_CompProp* p = VX_CompProp::create();
+      VX_CompProp* p = VX_CompProp::create();  // reports when memory runs out
       if (!p) return VX_RET_ERR_MEM;
       p->name = PrecisionProp;
       p->label = "Significant digits of the text output";
       p->value = precision;
+      // A text assignment that runs out of memory leaves a null text: such a property is not
+      // handed out.
+      bool made = static_cast<const char*>(p->name) && static_cast<const char*>(p->label);
       unsigned at = msg.outArgs.numElems();
-      if ((st = msg.outArgs.insElems(VX_INS_BEFORE, at, 1)) > 2) {
+      st = made ? msg.outArgs.insElems(VX_INS_BEFORE, at, 1) : VX_reportFail(VX_RET_ERR_MEM, "unitconv", __LINE__);
+      if (st > 2) {
         VX_CompProp::release(p);
         return st;
       }
