@@ -18,10 +18,12 @@ int failed(const char* step) {
   return 1;
 }
 
-// A variant as text; texts from the library come from malloc and are released with free.
+// A variant as text, a string in quotes; texts from the library come from malloc and are
+// released with free.
 void printValue(const VX_Var& value) {
   char* text = nullptr;
-  if (VX_val2Str(value, &text) <= 2) std::printf("%s", text);
+  const char* quote = value.varType() == VX_VAR_STRING ? "\"" : "";
+  if (VX_val2Str(value, &text) <= 2) std::printf("%s%s%s", quote, text, quote);
   std::free(text);
 }
 

@@ -166,7 +166,7 @@ TEST(ExampleHost, WalksTheComponentsRoadAndFailsClearly) {
                                "   module loaded and initialised",
                                "3. created a UnitConverter (\"Unit converter\", class version 1.0.0)\n",
                                "     Precision            Significant digits of the text output    4\n",
-                               "     out result = 62.137119\n     out text = 100 km = 62.14 mi\n",
+                               "     out result = 62.137119\n     out text = \"100 km = 62.14 mi\"\n",
                                "     out factor = 0.555556\n6. object deleted, package closed\n7. VX_close"};
   std::size_t at = 0;
   for (const char* step : steps) {  // each step, in this order
