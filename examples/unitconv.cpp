@@ -108,8 +108,7 @@ const Unit* findUnit(const char* name) {
 
 // A refused argument is reported the way the library reports its own failures: once, where it
 // is found, through the active reporter; the service then answers VX_RET_ERR_ARG.
-#define UNITCONV_REFUSE(...) \
-  (VX_reportErrorMsg("unitconv", __LINE__, "UnitConverter: execute", __VA_ARGS__), VX_RET_ERR_ARG)
+#define UNITCONV_REFUSE(func, ...) (VX_reportErrorMsg("unitconv", __LINE__, func, __VA_ARGS__), VX_RET_ERR_ARG)
 
 // ---- 2. the class ---------------------------------------------------------------------------
 
@@ -134,7 +133,8 @@ class UnitConverter : public VX_PublicClass {
         auto* p = static_cast<VX_CompProp*>(msg.inArgs[k].ptr());
         if (!p || !(p->name == PrecisionProp)) continue;
         VX_Var v(p->value);
-        if (v.cast(VX_VAR_INT) > 2 || v.i() < 1 || v.i() > 17) return VX_RET_ERR_ARG;
+        if (v.cast(VX_VAR_INT) > 2 || v.i() < 1 || v.i() > 17)
+          return UNITCONV_REFUSE("UnitConverter: set properties", "Precision must be a whole number from 1 to 17");
         precision = v.i();
         st = VX_RET_TRUE;
       }
@@ -216,10 +216,10 @@ class UnitConverter : public VX_PublicClass {
     const char* toName = in[2][0].str();
     const Unit* from = findUnit(fromName);
     const Unit* to = findUnit(toName);
-    if (!from) return UNITCONV_REFUSE("Unknown unit <%s>", fromName ? fromName : "");
-    if (!to) return UNITCONV_REFUSE("Unknown unit <%s>", toName ? toName : "");
+    if (!from) return UNITCONV_REFUSE("UnitConverter: execute", "Unknown unit <%s>", fromName ? fromName : "");
+    if (!to) return UNITCONV_REFUSE("UnitConverter: execute", "Unknown unit <%s>", toName ? toName : "");
     if (std::strcmp(from->quantity, to->quantity) != 0)
-      return UNITCONV_REFUSE("Cannot convert %s to %s", from->name, to->name);
+      return UNITCONV_REFUSE("UnitConverter: execute", "Cannot convert %s to %s", from->name, to->name);
     double value = in[0][0].d();
     double result = (value * from->factor + from->offset - to->offset) / to->factor;
     char text[96];
@@ -233,7 +233,7 @@ class UnitConverter : public VX_PublicClass {
     if (in.numElems() < 1 || out.numElems() < 3) return VX_RET_ERR_ARG;
     const char* name = in[0][0].str();
     const Unit* unit = findUnit(name);
-    if (!unit) return UNITCONV_REFUSE("Unknown unit <%s>", name ? name : "");
+    if (!unit) return UNITCONV_REFUSE("UnitConverter: execute", "Unknown unit <%s>", name ? name : "");
     out[0][0] = unit->quantity;
     out[1][0] = unit->base;
     out[2][0] = unit->factor;

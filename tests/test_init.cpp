@@ -68,19 +68,6 @@ TEST_F(LibraryStart, FailuresArePrintedOnlyBetweenInitAndClose) {
   VX_classFactoryClose();
 }
 
-TEST_F(LibraryStart, ShutDownStopsBothManagersWithoutAReport) {
-  // A host's own reporter survives VX_close, so the shut-down can be watched.
-  CaptureReporter rep;
-  ASSERT_EQ(VX_init(), VX_RET_TRUE);
-  VX_registerReporter(&rep);
-  EXPECT_EQ(VX_classFactoryRegister(VX_Var("ORDER"), [](VX_PubInterface&) { return VX_RET_TRUE; }), VX_RET_TRUE);
-  EXPECT_EQ(VX_close(), VX_RET_TRUE);
-  EXPECT_TRUE(rep.reports.empty());  // both managers were there to be stopped
-  EXPECT_EQ(VX_classFactoryUnregister(VX_Var("ORDER")), VX_RET_ERR_OBJ);  // the registry went with them
-  EXPECT_EQ(VX_dllUnloadAll(), VX_RET_ERR_OBJ);
-  EXPECT_EQ(rep.count(VX_RET_ERR_OBJ), 2);
-}
-
 TEST_F(LibraryStart, RunningOutOfMemoryStopsStartUpWhereItHappens) {
   CaptureReporter rep;
   // Each allocation of start-up fails in turn. Start-up stops at once with VX_RET_ERR_MEM and

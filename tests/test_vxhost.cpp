@@ -78,11 +78,9 @@ TEST_F(VxHost, RunsAServiceWithTextValuesConvertedToEachArgumentsKind) {
   const std::tuple<std::string, std::string> cases[] = {  // arguments after "run GUID", output
       {"Convert value=100 from=km to=mi", "result = 62.137119\ntext = 100 km = 62.1371 mi\n"},
       {"Convert value=100 from=C to=F", "result = 212.000000\ntext = 100 C = 212 F\n"},
-      {"Convert value=-40 from=F to=C", "result = -40.000000\ntext = -40 F = -40 C\n"},
       {"Convert value=2.5e3 from=g to=kg", "result = 2.500000\ntext = 2500 g = 2.5 kg\n"},
       {"Convert", "result = 3.280840\ntext = 1 m = 3.28084 ft\n"},  // the declared defaults
-      {"Describe unit=lb", "quantity = mass\nbase = kg\nfactor = 0.453592\n"},
-      {"Describe 'unit=in'", "quantity = length\nbase = m\nfactor = 0.025400\n"}};
+      {"Describe unit=lb", "quantity = mass\nbase = kg\nfactor = 0.453592\n"}};
   for (const auto& [args, out] : cases) {
     vxtest::ToolRun r = run("unitconv.mpk run " + Guid + " " + args);
     EXPECT_EQ(r.status, 0) << args << "\n" << r.err;
@@ -114,7 +112,6 @@ TEST_F(VxHost, EveryFailureSaysWhyAndExitsNonZero) {
       {convert + "amount=3", 1, "vxhost: unknown argument amount of service Convert (its inputs: value, from, to)\n"},
       {convert + "value=abc", 1, "vxhost: <abc> is not a value of kind Double for argument value\n"},
       {convert + "value=12kg", 1, "vxhost: <12kg> is not a value of kind Double for argument value\n"},
-      {convert + "value=", 1, "vxhost: <> is not a value of kind Double for argument value\n"},
       {convert + "'value= 1'", 1, "vxhost: < 1> is not a value of kind Double for argument value\n"},
       {convert + "value=1e999", 1, "vxhost: <1e999> is not a value of kind Double for argument value\n"},
       // The component's own refusal, reported where it found it, then the failed status.
@@ -122,7 +119,6 @@ TEST_F(VxHost, EveryFailureSaysWhyAndExitsNonZero) {
       {convert + "to=parsec", 1, "vxhost: Unknown unit <parsec>\nvxhost: service Convert failed with status 3\n"},
       {"", 2, usage},
       {"unitconv.mpk run " + Guid, 2, usage},
-      {"unitconv.mpk list", 2, usage},
       {convert + "value", 2, usage},
       {convert + "=1", 2, usage}};
   for (const auto& [args, status, err] : cases) {

@@ -145,6 +145,7 @@ int assignInput(VX_Array<VX_PubArg>& in, const char* serviceName, const char* as
   std::string name(assignment, eq), value(eq + 1);
   for (unsigned k = 0; k < in.numElems(); ++k) {
     if (!(in[k].getName() == name.c_str())) continue;
+    if (in[k].numElems() == 0) return fail("argument " + name + " holds no value to set");
     VX_Var& v = in[k][0];
     VX_VAR_TYPE kind = v.varType();
     if (kind == VX_VAR_WILD || kind == VX_VAR_UNDEF) {  // takes any text as it is
