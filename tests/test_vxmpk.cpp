@@ -10,6 +10,7 @@
 #include "vx_file_test_support.h"
 #include "vx_recfile_test_support.h"
 #include "vx_test_support.h"
+#include "vx_tool_test_support.h"
 
 #ifndef VXTEST_TOOL_PATH
 #define VXTEST_TOOL_PATH ""
@@ -20,16 +21,8 @@
 
 namespace {
 
-struct ToolRun {
-  int status;
-  std::string out, err;
-};
-
-ToolRun run(const vxtest::TempDir& tmp, const std::string& args) {
-  const std::string outFile = tmp.file("out.txt"), errFile = tmp.file("err.txt");
-  int raw = std::system(("cd '" + tmp.path() + "' && '" VXTEST_TOOL_PATH "' " + args + " >'" + outFile + "' 2>'" +
-                         errFile + "'").c_str());
-  return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, vxtest::readFileBytes(outFile), vxtest::readFileBytes(errFile)};
+vxtest::ToolRun run(const vxtest::TempDir& tmp, const std::string& args) {
+  return vxtest::runTool(tmp, VXTEST_TOOL_PATH, args);
 }
 
 TEST(VxMpk, CreatesShowsAndChecksPackagesAndRefusesBadOnes) {
@@ -83,7 +76,7 @@ TEST(VxMpk, CreatesShowsAndChecksPackagesAndRefusesBadOnes) {
       vxtest::patchFileBytes(damaged, 116 + 8 + 28 + 12, count);
       continue;
     }
-    ToolRun r = run(tmp, args);
+    vxtest::ToolRun r = run(tmp, args);
     EXPECT_EQ(r.status, status) << args;
     EXPECT_EQ(r.out, out) << args;
     EXPECT_EQ(r.err, err) << args;

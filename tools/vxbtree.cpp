@@ -11,6 +11,7 @@
 #include <cstring>
 #include <string>
 
+#include "vx_toolreport.h"
 #include "vxcore.h"
 
 namespace {
@@ -20,37 +21,6 @@ const char* const Usage =
     "  info   header fields, record count, depth, node count and fill\n"
     "  dump   records in key order: key as text, record bytes in hex\n"
     "  check  walk the whole tree and report every fault\n";
-
-// Every report becomes one line on standard error led by the program name; the worded reports
-// say what went wrong, bare status reports would only repeat it.
-class ToolReporter : public VX_BaseReporter {
- public:
-  using VX_BaseReporter::error;
-  using VX_BaseReporter::message;
-  using VX_BaseReporter::print;
-  using VX_BaseReporter::warning;
-  VX_RET_STATUS warning(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("warning: ", format, args);
-  }
-  VX_RET_STATUS error(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("", format, args);
-  }
-  VX_RET_STATUS message(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("", format, args);
-  }
-  VX_RET_STATUS print(const char*, const char* format, va_list args) override { return line("", format, args); }
-  VX_RET_STATUS reportStat(const char*, unsigned, VX_RET_STATUS, const char*) override { return VX_RET_TRUE; }
-
- private:
-  static VX_RET_STATUS line(const char* kind, const char* format, va_list args) {
-    char text[1024];
-    std::vsnprintf(text, sizeof text, format ? format : "", args);
-    std::size_t n = std::strlen(text);
-    while (n && text[n - 1] == '\n') text[--n] = '\0';
-    std::fprintf(stderr, "vxbtree: %s%s\n", kind, text);
-    return VX_RET_TRUE;
-  }
-};
 
 unsigned recBytes = 0, blockBytes = 0;
 
@@ -150,7 +120,7 @@ int main(int argc, char** argv) {
   }
   const char* command = argv[1];
   const char* path = argv[2];
-  ToolReporter reporter;
+  vxtool::ToolReporter reporter("vxbtree");
   VX_registerReporter(&reporter);
   int status = 0;
   {

@@ -10,11 +10,11 @@
 // package's own directory; it never loads the module.
 // Exit status: 0 on success, 1 when the file is not a readable package (or cannot be written),
 // 2 for a usage error. The reason goes to standard error.
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "vx_toolreport.h"
 #include "vxcore.h"
 
 namespace {
@@ -25,37 +25,6 @@ const char* const Usage =
     "       vxmpk show FILE\n"
     "       vxmpk check FILE\n"
     "Writes, shows and checks component package files.\n";
-
-// Reports as plain lines on standard error, one per message, each led by the program name. The
-// worded reports say what went wrong; bare status reports would only repeat it.
-class ToolReporter : public VX_BaseReporter {
- public:
-  using VX_BaseReporter::error;
-  using VX_BaseReporter::message;
-  using VX_BaseReporter::print;
-  using VX_BaseReporter::warning;
-  VX_RET_STATUS warning(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("warning: ", format, args);
-  }
-  VX_RET_STATUS error(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("", format, args);
-  }
-  VX_RET_STATUS message(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("", format, args);
-  }
-  VX_RET_STATUS print(const char*, const char* format, va_list args) override { return line("", format, args); }
-  VX_RET_STATUS reportStat(const char*, unsigned, VX_RET_STATUS, const char*) override { return VX_RET_TRUE; }
-
- private:
-  static VX_RET_STATUS line(const char* kind, const char* format, va_list args) {
-    char text[2048];
-    std::vsnprintf(text, sizeof text, format ? format : "", args);
-    std::size_t n = std::strlen(text);
-    while (n && text[n - 1] == '\n') text[--n] = '\0';
-    std::fprintf(stderr, "vxmpk: %s%s\n", kind, text);
-    return VX_RET_TRUE;
-  }
-};
 
 int usage() {
   std::fputs(Usage, stderr);
@@ -159,7 +128,7 @@ int main(int argc, char** argv) {
   bool oneFile = argc == 3 && argv[2][0] != '\0';
   if (command != "create" && !oneFile) return usage();
 
-  ToolReporter reporter;
+  vxtool::ToolReporter reporter("vxmpk");
   VX_registerReporter(&reporter);
   int status = command == "create" ? create(argc, argv)
                : command == "show" ? show(argv[2])

@@ -9,42 +9,12 @@
 #include <cstdio>
 #include <cstring>
 
+#include "vx_toolreport.h"
 #include "vxcore.h"
 
 namespace {
 
 const char* const Usage = "usage: vxrecdump FILE\nPrints the structure of a binary record file.\n";
-
-// Reports as plain lines on standard error, one per message, each led by the program name. The
-// worded reports say what went wrong; bare status reports would only repeat it.
-class ToolReporter : public VX_BaseReporter {
- public:
-  using VX_BaseReporter::error;
-  using VX_BaseReporter::message;
-  using VX_BaseReporter::print;
-  using VX_BaseReporter::warning;
-  VX_RET_STATUS warning(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("warning: ", format, args);
-  }
-  VX_RET_STATUS error(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("", format, args);
-  }
-  VX_RET_STATUS message(const char*, unsigned, const char*, const char* format, va_list args) override {
-    return line("", format, args);
-  }
-  VX_RET_STATUS print(const char*, const char* format, va_list args) override { return line("", format, args); }
-  VX_RET_STATUS reportStat(const char*, unsigned, VX_RET_STATUS, const char*) override { return VX_RET_TRUE; }
-
- private:
-  static VX_RET_STATUS line(const char* kind, const char* format, va_list args) {
-    char text[1024];
-    std::vsnprintf(text, sizeof text, format ? format : "", args);
-    std::size_t n = std::strlen(text);
-    while (n && text[n - 1] == '\n') text[--n] = '\0';
-    std::fprintf(stderr, "vxrecdump: %s%s\n", kind, text);
-    return VX_RET_TRUE;
-  }
-};
 
 }  // namespace
 
@@ -59,7 +29,7 @@ int main(int argc, char** argv) {
   }
   const char* path = argv[1];
 
-  ToolReporter reporter;
+  vxtool::ToolReporter reporter("vxrecdump");
   VX_registerReporter(&reporter);
   VX_OStream out;
   if (!VX_coutPtr) VX_coutPtr = &out;

@@ -16,6 +16,7 @@
 #include "vx_filerec.h"
 #include "vx_globals.h"
 #include "vx_hash.h"
+#include "vx_init.h"
 #include "vx_iostream.h"
 #include "vx_list.h"
 #include "vx_mem.h"
