@@ -84,6 +84,8 @@ class VX_API VX_Array : public VX_IndContainer<T> {
  private:
   template <class U>
   friend class VX_VCArray;  // moves elements between its block arrays
+  template <class K, class D>
+  friend class VX_HashTable;  // reaches a bucket by its number, checked against its size
 
   VX_RET_STATUS initDataMembers(unsigned int size);
   VX_RET_STATUS cleanupDataMembers();

@@ -395,6 +395,17 @@ VX_RET_STATUS VX_Array<T>::addOne(const T& elem, bool front, unsigned line) {
   VX_setUserError(0);
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, line);
   unsigned int n = this->nElems;
+  if (!front && n < capacity) {
+    // Spare room: nothing moves, the slot is cleared already and `elem` stays put even when
+    // it is held here. Growth puts a null cursor on position 0, room or not.
+    if (!VX_assignElem(data[n], elem)) {
+      VX_clearElem(data[n]);
+      return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
+    }
+    this->nElems = n + 1;
+    if (!this->cur.elem) this->cur.set(0, data);
+    return VX_RET_TRUE;
+  }
   if (n == ~0u) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 339);
   bool inside = VX_pointsInto(&elem, data, n);
   unsigned int from = inside ? static_cast<unsigned int>(&elem - data) + (front ? 1 : 0) : 0;
@@ -589,8 +600,7 @@ VX_RET_STATUS VX_VCArray<T>::initDataMembers() {
   curBlock = 0;
   blockSize = 0;
   rawMemory = 0;
-  hint = nullptr;
-  hintAt = 0;
+  forgetHint();
   blocks = VX_newObject<VX_LList<Rec>>();
   if (!blocks) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1257);
   enabled = 1;
@@ -705,6 +715,8 @@ typename VX_VCArray<T>::Node* VX_VCArray<T>::mapIndex(unsigned int index, unsign
   }
   hint = node;
   hintAt = first;
+  hintSlots = node->data.block->data;
+  hintCount = node->data.count;
   offset = index - first;
   return node;
 }
@@ -877,14 +889,11 @@ VX_RET_STATUS VX_VCArray<T>::delCurElem(unsigned char advance) {
 // ---- VX_VCArray: element access and cursor ---------------------------------------------
 
 template <class T>
-const T& VX_VCArray<T>::operator[](unsigned int index) const {
-  VX_setUserError(0);
+const T& VX_VCArray<T>::elemAt(unsigned int index) const {
   if (!enabled) {
     VX_reportStatus(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1658);
     return VX_nullRef<T>();
   }
-  // The block reached last answers at once when it holds the index.
-  if (hint && index >= hintAt && index - hintAt < hint->data.count) return hint->data.block->data[index - hintAt];
   if (index >= this->nElems) {
     VX_reportErrorMsg(VX_ARRAY_IMPL_FILE, 1663, "VX_VCArray: element access", VX_indexRangeText(),
                       static_cast<int>(index), 0, static_cast<int>(this->nElems) - 1);
@@ -900,10 +909,6 @@ const T& VX_VCArray<T>::operator[](unsigned int index) const {
   return node->data.block->data[o];
 }
 
-template <class T>
-T& VX_VCArray<T>::operator[](unsigned int index) {
-  return const_cast<T&>(static_cast<const VX_VCArray<T>&>(*this)[index]);
-}
 
 template <class T>
 unsigned char VX_VCArray<T>::curIsNull() {

@@ -117,7 +117,7 @@ typename VX_HashTable<K, D>::Bucket* VX_HashTable<K, D>::bucketOf(const K& key, 
     VX_reportStatus(VX_RET_ERR_GEN, VX_HASH_IMPL_FILE, line);
     return nullptr;
   }
-  return &(*buckets)[b];
+  return &buckets->data[b];  // b < size, the bucket count
 }
 
 // The chain is read node by node and the bucket's cursor is left alone, so a lookup made

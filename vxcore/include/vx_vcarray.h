@@ -42,9 +42,9 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   VX_VCArray(const VX_VCArray&) = delete;
   VX_VCArray& operator=(const VX_VCArray&) = delete;
 
-  T& operator[](unsigned int index) override;
+  T& operator[](unsigned int index) override { return const_cast<T&>(readAt(index)); }
   // Reading needs no cursor, so a const array reads its elements (same reports and sink).
-  const T& operator[](unsigned int index) const;
+  const T& operator[](unsigned int index) const { return readAt(index); }
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
   VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
   VX_RET_STATUS appendElem(const T& elem) override;
@@ -87,7 +87,19 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   // block it reaches.
   Node* mapIndex(unsigned int index, unsigned int& offset) const;
   // Forgets the block reached last: the chain or the counts before it changed.
-  void forgetHint() const { hint = nullptr; }
+  void forgetHint() const {
+    hint = nullptr;
+    hintAt = hintCount = 0;
+    hintSlots = nullptr;
+  }
+  // Element access: the block reached last answers at once when it holds the index (kept
+  // inline so that reading in order costs no call); elemAt maps and reports otherwise.
+  const T& readAt(unsigned int index) const {
+    VX_setUserError(0);
+    if (index - hintAt < hintCount && index >= hintAt) return hintSlots[index - hintAt];
+    return elemAt(index);
+  }
+  const T& elemAt(unsigned int index) const;
   // A new block array of blockSize cleared slots, or null.
   VX_Array<T>* newBlockArray();
   // Appends to `chain` records holding `elems` slots, full blocks first; VX_RET_ERR_MEM
@@ -107,8 +119,10 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   unsigned int blockSize;
   VX_LList<Rec>* blocks;
   unsigned char rawMemory;
-  mutable Node* hint;           // the block reached last by mapIndex, or null
-  mutable unsigned int hintAt;  // the index of its first element
+  mutable Node* hint;              // the block reached last by mapIndex, or null
+  mutable unsigned int hintAt;     // the index of its first element
+  mutable unsigned int hintCount;  // its used slots (0 without a hint)
+  mutable T* hintSlots;            // its slots
 };
 
 #define VX_VCARRAY_DECLARED
