@@ -4,19 +4,20 @@
 
 #include "vx_container.h"
 
-// VX_Array<T> owns one block holding its numElems() elements and spare slots behind them:
-// growth by insertion or appending takes a block half as large again (or twice as large when
-// small), so appending is amortised constant time; shrinking keeps the block until the
-// elements fill less than a quarter of it, and an empty array holds no block. Spare slots
-// always hold the cleared value, so what an array gains reads as cleared. Held elements move
-// by exchange (VX_swapElems), never by copies that could fail. In raw mode (for plain-data T
-// only) elements move by block copies and are cleared to zero bytes; otherwise a vacated slot
-// is cleared to a default T. A failed allocation, or a failed copy of an element handed in
-// (a string that cannot get its text), leaves the array exactly as it was and returns
-// VX_RET_ERR_MEM; a constructor that cannot allocate leaves the array disabled, after which
-// every operation reports VX_RET_ERR_OBJ. Element access outside the array reports and yields
-// the sink VX_NULL_PTR. While the cursor is not null it points at data[cursor index];
-// resizing keeps the index (clamped) and re-points it.
+// VX_Array<T> owns one block holding its numElems() elements and spare slots behind them.
+// Growth by insertion or appending takes a block half as large again (or just large enough,
+// when that is more), so appending is amortised constant time; `reallocate` and the copy take exactly the size
+// asked; shrinking keeps the block until the elements fill less than a quarter of it, and an
+// empty array holds no block. Spare slots always hold the cleared value, so what an array
+// gains reads as cleared. Held elements move by exchange (VX_swapElems), never by copies
+// that could fail. In raw mode (for plain-data T only) elements move by block copies and are
+// cleared to zero bytes; otherwise a vacated slot is cleared to a default T. A failed
+// allocation, or a failed copy of an element handed in (a string that cannot get its text),
+// leaves the array exactly as it was and returns VX_RET_ERR_MEM; a constructor that cannot
+// allocate leaves the array disabled, after which every operation reports VX_RET_ERR_OBJ.
+// Element access outside the array reports and yields the sink VX_NULL_PTR. While the cursor
+// is not null it points at data[cursor index]; resizing keeps the index (clamped) and
+// re-points it.
 template <class T>
 class VX_API VX_Array : public VX_IndContainer<T> {
  public:

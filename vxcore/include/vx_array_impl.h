@@ -195,9 +195,8 @@ VX_RET_STATUS VX_Array<T>::rebuild(unsigned int newSize, unsigned int at, unsign
   if (newSize > capacity) {
     unsigned int cap = newSize;
     if (spare) {
-      // Half as large again (at least 8 slots), as far as the count can go.
+      // Half as large again, as far as the count can go.
       unsigned long long grown = capacity + capacity / 2ULL;
-      if (grown < 8) grown = 8;
       if (grown > ~0u) grown = ~0u;
       if (grown > cap) cap = static_cast<unsigned int>(grown);
     }
