@@ -4,6 +4,9 @@
 
 #include "vx_container.h"
 
+// The label of the array's reports (its bodies live in vx_array_impl.h).
+#define VX_ARRAY_IMPL_FILE "vxcore/include/vx_array_impl"
+
 // VX_Array<T> owns one block holding its numElems() elements and spare slots behind them.
 // Growth by insertion or appending takes a block half as large again (or just large enough,
 // when that is more), so appending is amortised constant time; `reallocate` and the copy take exactly the size
@@ -64,7 +67,21 @@ class VX_API VX_Array : public VX_IndContainer<T> {
   }
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
   VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
-  VX_RET_STATUS appendElem(const T& elem) override;
+  // Written here so that appending into spare room costs no call: nothing moves, the slot is
+  // cleared already, and `elem` stays put even when it is held here. Growth puts a null
+  // cursor on position 0, room or not.
+  VX_RET_STATUS appendElem(const T& elem) override {
+    VX_setUserError(0);
+    unsigned int n = this->nElems;
+    if (!enabled || n >= capacity) return addOne(elem, false, 842);
+    if (!VX_assignElem(data[n], elem)) {
+      VX_clearElem(data[n]);
+      return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 842);
+    }
+    this->nElems = n + 1;
+    if (!this->cur.elem) this->cur.set(0, data);
+    return VX_RET_TRUE;
+  }
   VX_RET_STATUS preappendElem(const T& elem) override;
   VX_RET_STATUS delAll() override;
   unsigned char objIsEnabled() const override { return enabled; }
@@ -90,11 +107,13 @@ class VX_API VX_Array : public VX_IndContainer<T> {
 
   VX_RET_STATUS initDataMembers(unsigned int size);
   VX_RET_STATUS cleanupDataMembers();
-  // A block of `count` cleared elements, or null.
-  static T* newBlock(unsigned int count);
-  // Moves `count` elements from `from` to `to` (another block, whose slots are cleared); the
-  // slots of `from` come out cleared.
-  void relocate(T* to, T* from, unsigned int count) const;
+  // A block of `count` elements, or null; the slots from `clearFrom` on read as cleared, the
+  // ones before are to be filled by the caller.
+  static T* newBlock(unsigned int count, unsigned int clearFrom);
+  // Moves `count` elements from `from` to `to` (another block: slots to be filled, or cleared
+  // ones). With `clearFrom` the slots of `from` come out cleared (the block stays in use);
+  // without it they are only fit to be released.
+  void relocate(T* to, T* from, unsigned int count, bool clearFrom) const;
   // Moves the run [src, src + count) of this block to dst (runs may overlap); what is left in
   // the source slots that were not overwritten is to be cleared by the caller.
   void shift(unsigned int dst, unsigned int src, unsigned int count);

@@ -9,7 +9,7 @@
 
 #include "vx_array.h"
 
-#define VX_ARRAY_IMPL_FILE "vxcore/include/vx_array_impl"
+// VX_ARRAY_IMPL_FILE, the label of this header's reports, comes with vx_array.h.
 
 // Text of the general catalogue's "Index %d not in [%d,%d]".
 inline const char* VX_indexRangeText() {
@@ -53,7 +53,7 @@ VX_RET_STATUS VX_Array<T>::initDataMembers(unsigned int size) {
   rawMemory = 0;
   capacity = 0;
   if (size) {
-    data = newBlock(size);
+    data = newBlock(size, 0);
     if (!data) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 108);
   }
   this->nElems = size;
@@ -111,20 +111,24 @@ VX_Array<T>& VX_Array<T>::operator=(const VX_Array<T>& src) {
 // ---- element storage -------------------------------------------------------------------
 
 template <class T>
-T* VX_Array<T>::newBlock(unsigned int count) {
+T* VX_Array<T>::newBlock(unsigned int count, unsigned int clearFrom) {
   T* block = VX_newArray<T>(count);
-  // Plain types come out of array new uninitialised; a fresh slot always reads as cleared.
-  if (block && std::is_trivially_default_constructible<T>::value)
-    std::memset(static_cast<void*>(block), 0, sizeof(T) * count);
+  // Plain types come out of array new uninitialised: the slots that will not be filled at
+  // once by a byte copy are cleared (all of them for types that are exchanged instead).
+  if (!std::is_trivially_copyable<T>::value) clearFrom = 0;
+  if (block && std::is_trivially_default_constructible<T>::value && clearFrom < count)
+    std::memset(static_cast<void*>(block + clearFrom), 0, sizeof(T) * (count - clearFrom));
   return block;
 }
 
 template <class T>
-void VX_Array<T>::relocate(T* to, T* from, unsigned int count) const {
+void VX_Array<T>::relocate(T* to, T* from, unsigned int count, bool clearFrom) const {
   if (!count) return;
-  if (rawMemory) {
+  if (rawMemory || std::is_trivially_copyable<T>::value) {
     std::memcpy(static_cast<void*>(to), static_cast<const void*>(from), sizeof(T) * count);
-    std::memset(static_cast<void*>(from), 0, sizeof(T) * count);
+    // A raw copy of a class element leaves two owners of its resources: the source's go.
+    if (clearFrom || !std::is_trivially_destructible<T>::value)
+      std::memset(static_cast<void*>(from), 0, sizeof(T) * count);
     return;
   }
   for (unsigned int i = 0; i < count; ++i) VX_swapElems(to[i], from[i]);
@@ -136,7 +140,7 @@ void VX_Array<T>::shift(unsigned int dst, unsigned int src, unsigned int count) 
   if (rawMemory) {
     std::memmove(static_cast<void*>(data + dst), static_cast<const void*>(data + src), sizeof(T) * count);
   } else if (dst > src) {
-    // Back to front: every destination is swapped into before it is read as a source.
+    // Back to front, so that no element of the run is overwritten before it has moved.
     for (unsigned int i = count; i-- > 0;) VX_swapElems(data[dst + i], data[src + i]);
   } else {
     for (unsigned int i = 0; i < count; ++i) VX_swapElems(data[dst + i], data[src + i]);
@@ -146,7 +150,7 @@ void VX_Array<T>::shift(unsigned int dst, unsigned int src, unsigned int count) 
 template <class T>
 void VX_Array<T>::clearSlots(unsigned int index, unsigned int count) {
   if (!count) return;
-  if (rawMemory) {
+  if (rawMemory || (std::is_trivially_default_constructible<T>::value && std::is_trivially_copyable<T>::value)) {
     std::memset(static_cast<void*>(data + index), 0, sizeof(T) * count);
     return;
   }
@@ -200,13 +204,14 @@ VX_RET_STATUS VX_Array<T>::rebuild(unsigned int newSize, unsigned int at, unsign
       if (grown > ~0u) grown = ~0u;
       if (grown > cap) cap = static_cast<unsigned int>(grown);
     }
-    T* block = newBlock(cap);
+    T* block = newBlock(cap, newSize);
     if (!block) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
-    relocate(block, data, at);
-    relocate(block + at + added, data + at + removed, tail);
+    relocate(block, data, at, false);
+    relocate(block + at + added, data + at + removed, tail, false);
     VX_deleteArray(data);
     data = block;
     capacity = cap;
+    clearSlots(at, added);
   } else {
     shift(at + added, at + removed, tail);
     // Slots the tail left behind when moving down become spare ones; the new slots and the
@@ -224,9 +229,9 @@ template <class T>
 void VX_Array<T>::trim() {
   unsigned int n = this->nElems;
   if (n && n >= capacity / 4) return;
-  T* block = n ? newBlock(n) : nullptr;
+  T* block = n ? newBlock(n, n) : nullptr;
   if (n && !block) return;  // the larger block serves as well
-  relocate(block, data, n);
+  relocate(block, data, n, false);
   VX_deleteArray(data);
   data = block;
   capacity = n;
@@ -394,17 +399,6 @@ VX_RET_STATUS VX_Array<T>::addOne(const T& elem, bool front, unsigned line) {
   VX_setUserError(0);
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, line);
   unsigned int n = this->nElems;
-  if (!front && n < capacity) {
-    // Spare room: nothing moves, the slot is cleared already and `elem` stays put even when
-    // it is held here. Growth puts a null cursor on position 0, room or not.
-    if (!VX_assignElem(data[n], elem)) {
-      VX_clearElem(data[n]);
-      return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
-    }
-    this->nElems = n + 1;
-    if (!this->cur.elem) this->cur.set(0, data);
-    return VX_RET_TRUE;
-  }
   if (n == ~0u) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 339);
   bool inside = VX_pointsInto(&elem, data, n);
   unsigned int from = inside ? static_cast<unsigned int>(&elem - data) + (front ? 1 : 0) : 0;
@@ -420,10 +414,6 @@ VX_RET_STATUS VX_Array<T>::addOne(const T& elem, bool front, unsigned line) {
   return VX_RET_TRUE;
 }
 
-template <class T>
-VX_RET_STATUS VX_Array<T>::appendElem(const T& elem) {
-  return addOne(elem, false, 842);
-}
 
 template <class T>
 VX_RET_STATUS VX_Array<T>::preappendElem(const T& elem) {
@@ -769,7 +759,7 @@ VX_RET_STATUS VX_VCArray<T>::insElems(VX_INS_METHOD method, unsigned int index, 
     if (moved) {
       // Exchanged into the fresh block, leaving cleared slots behind: nothing to fail.
       VX_Array<T>* tailBlock = fresh.tail->data.block;
-      rec.block->relocate(tailBlock->data, rec.block->data + at, moved);
+      rec.block->relocate(tailBlock->data, rec.block->data + at, moved, true);
     }
     rec.count = kept + fill;
     blocks->spliceAfter(node, fresh);
