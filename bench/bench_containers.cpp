@@ -2,6 +2,7 @@
 // the chunked array in order, and insertion in the middle. Same data, same process; the
 // shared main prints library / peer ratios.
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <vector>
 
@@ -10,6 +11,16 @@
 namespace {
 
 const unsigned kBlock = 64;
+
+// Both sides allocate blocks of up to a few hundred kilobytes. Left alone, the C library
+// moves its threshold for mapping such blocks afresh as blocks come and go, so one side or
+// the other pays page faults depending on what ran before it. Fixed thresholds give both
+// sides the same reused heap memory.
+const bool kSteadyHeap = [] {
+  mallopt(M_MMAP_THRESHOLD, 64 << 20);
+  mallopt(M_TRIM_THRESHOLD, 256 << 20);
+  return true;
+}();
 
 void ArrayAppendVx(benchmark::State& state) {
   unsigned n = static_cast<unsigned>(state.range(0));

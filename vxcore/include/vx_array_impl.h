@@ -804,24 +804,12 @@ VX_RET_STATUS VX_VCArray<T>::delElems(unsigned int index, unsigned int count) {
   return VX_RET_TRUE;
 }
 
-// Fills the last block's free room, else starts a new block: no held element moves, so
-// `elem` may be one of them, and the cursor stays valid.
+// A new last block holding `elem` (the last block is full, or there is none). No held
+// element moves, so `elem` may be one of them.
 template <class T>
-VX_RET_STATUS VX_VCArray<T>::appendElem(const T& elem) {
-  VX_setUserError(0);
+VX_RET_STATUS VX_VCArray<T>::appendToNewBlock(const T& elem) {
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1966);
   if (this->nElems == ~0u) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1831);
-  Node* last = blocks->tail;
-  if (last && last->data.count < blockSize) {
-    T& slot = last->data.block->data[last->data.count];
-    if (!VX_assignElem(slot, elem)) {
-      last->data.block->clearSlots(last->data.count, 1);
-      return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1966);
-    }
-    ++last->data.count;
-    ++this->nElems;
-    return VX_RET_TRUE;
-  }
   VX_LList<Rec> fresh;
   if (growChain(fresh, 1) > 2) {
     releaseChain(fresh);

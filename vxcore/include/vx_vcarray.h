@@ -47,7 +47,21 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   const T& operator[](unsigned int index) const { return readAt(index); }
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
   VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
-  VX_RET_STATUS appendElem(const T& elem) override;
+  // Fills the last block's free room (written here so that this costs no call), else starts
+  // a new block. No held element moves, so `elem` may be one of them, and the cursor stays.
+  VX_RET_STATUS appendElem(const T& elem) override {
+    VX_setUserError(0);
+    Node* last = enabled ? blocks->tail : nullptr;
+    if (!last || last->data.count >= blockSize) return appendToNewBlock(elem);
+    T& slot = last->data.block->data[last->data.count];
+    if (!VX_assignElem(slot, elem)) {
+      VX_clearElem(slot);
+      return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1966);
+    }
+    ++last->data.count;
+    ++this->nElems;
+    return VX_RET_TRUE;
+  }
   VX_RET_STATUS preappendElem(const T& elem) override;
   VX_RET_STATUS delAll() override;
   unsigned char objIsEnabled() const override { return enabled; }
@@ -80,6 +94,7 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
 
   VX_RET_STATUS initDataMembers();
   VX_RET_STATUS cleanupDataMembers();
+  VX_RET_STATUS appendToNewBlock(const T& elem);
   // Adds `n` default elements at the end in new blocks, full but for the last.
   VX_RET_STATUS append(unsigned int n);
   // The block holding element `index` and the offset inside it; null past the end. Walks
