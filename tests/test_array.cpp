@@ -86,6 +86,81 @@ TEST(Array, SubCopyClipsAgainstTheDestination) {
   EXPECT_EQ(items(raw), U({0, 1, 2}));
 }
 
+// A run copied over itself reads as it was before the copy, in both modes and for strings.
+TEST(Array, OverlappingCopiesGoAsThroughATemporary) {
+  const struct {
+    unsigned from, to, count;
+    U want;
+  } rows[] = {
+      {0, 1, 3, {1, 1, 2, 3}}, {1, 0, 3, {2, 3, 4, 4}}, {0, 2, 9, {1, 2, 1, 2}}, {2, 2, 2, {1, 2, 3, 4}}};
+  for (const auto& r : rows) {
+    for (unsigned char raw : {0, 1}) {
+      A a = numbered(4, raw);
+      EXPECT_EQ(a.subCopy(a, r.from, r.to, r.count), VX_RET_TRUE);
+      EXPECT_EQ(items(a), r.want) << "from " << r.from << " to " << r.to << " raw " << int(raw);
+      A m = numbered(4, raw);  // the copying move is the same operation inside one array
+      EXPECT_EQ(m.memMove(r.to, r.from, r.count, 0), VX_RET_TRUE);
+      EXPECT_EQ(items(m), r.want) << "memMove raw " << int(raw);
+    }
+    VX_Array<VX_String> s(0, 0);
+    fill(s, {"1", "2", "3", "4"});
+    EXPECT_EQ(s.subCopy(s, r.from, r.to, r.count), VX_RET_TRUE);
+    S want;
+    for (unsigned v : r.want) want.push_back(std::to_string(v));
+    EXPECT_EQ(texts(s), want);
+  }
+  // The copies are had before anything is overwritten: a failure leaves the strings alone.
+  VX_Array<VX_String> s(0, 0), other(0, 0);
+  fill(s, {"a", "b", "c"});
+  fill(other, {"x", "y"});
+  const int tries = forEachAllocFailure([&](long) {
+    VX_RET_STATUS st = s.subCopy(other, 0, 1, 2);
+    if (st == VX_RET_TRUE) return;
+    EXPECT_EQ(st, VX_RET_ERR_MEM);
+    EXPECT_EQ(texts(s), S({"a", "b", "c"}));
+  });
+  EXPECT_GE(tries, 2);  // the staging block and the first copy
+  EXPECT_EQ(texts(s), S({"a", "x", "y"}));
+}
+
+// Appending grows the block geometrically; spare and vacated slots always read as cleared.
+TEST(Array, GrowthKeepsSpareRoomThatReadsCleared) {
+  for (unsigned char raw : {0, 1}) {
+    A a(0, raw);
+    unsigned growths = 0, cap = 0;
+    for (unsigned i = 0; i < 100000; ++i) {
+      ASSERT_EQ(a.appendElem(i), VX_RET_TRUE);
+      if (a.getCapacity() != cap) ++growths, cap = a.getCapacity();
+    }
+    EXPECT_LE(growths, 40u);  // geometric: one growth per element would be 100000
+    EXPECT_EQ(a[99999], 99999u);
+    EXPECT_EQ(a.delElems(3, 99990), VX_RET_TRUE);  // a tenth of the block: given back
+    EXPECT_EQ(a.getCapacity(), 10u);
+    EXPECT_EQ(items(a), U({0, 1, 2, 99993, 99994, 99995, 99996, 99997, 99998, 99999}));
+
+    A b = numbered(6, raw);
+    EXPECT_EQ(b.appendElem(7), VX_RET_TRUE);  // spare room from here on
+    EXPECT_EQ(b.delElems(2, 3), VX_RET_TRUE);
+    EXPECT_EQ(b.insElems(VX_INS_AFTER, 3, 3), VX_RET_TRUE);  // the removed values stay gone
+    EXPECT_EQ(b.reallocate(9), VX_RET_TRUE);
+    EXPECT_EQ(items(b), U({1, 2, 6, 7, 0, 0, 0, 0, 0})) << "raw " << int(raw);
+    EXPECT_EQ(b.delAll(), VX_RET_TRUE);
+    EXPECT_EQ(b.getCapacity(), 0u);  // an empty array holds no block
+  }
+}
+
+// A const array reads by index without a cast; a bad index reports as the other form does.
+TEST(Array, ConstArraysRead) {
+  CaptureReporter rep;
+  const A a = numbered(3);
+  const VX_Array<VX_String>& none = VX_Array<VX_String>(0, 0);
+  EXPECT_EQ(a[2] + a.numElems(), 6u);
+  EXPECT_EQ(static_cast<const void*>(&a[3]), static_cast<const void*>(&VX_NULL_PTR));
+  EXPECT_EQ(static_cast<const void*>(&none[0]), static_cast<const void*>(&VX_NULL_PTR));
+  ASSERT_EQ(rep.reports.size(), 2u);
+  EXPECT_EQ(where(rep.reports[0]), "vxcore/include/vx_array_impl:794: Index 3 not in [0,2]");
+}
+
 TEST(Array, EqualityMeansEqualAtSomePosition) {
   A a = numbered(2), b = numbered(2), c, e1, e2, longer = numbered(3);
   b[0] = 7;
@@ -123,18 +198,21 @@ TEST(Array, BadAccessAndFailedAllocations) {
   EXPECT_EQ(rep.reports.back().line, 108u);
   EXPECT_EQ(broken.appendElem(1), VX_RET_ERR_OBJ);
 
-  // Insertion is swept in the contract check; shrinking and assignment take a new block too.
+  // Insertion is swept in the contract check; growth past the block and assignment take
+  // memory too, and a failure changes nothing.
   VX_Array<VX_String> a(0, 0), other(0, 0);
   fill(a, {"a", "b", "c"});
   fill(other, {"p"});
   a.setCurIndex(1);
   failNextAlloc();
-  EXPECT_EQ(a.delElems(0, 2), VX_RET_ERR_MEM);
-  failNextAlloc();
-  EXPECT_EQ(a.reallocate(10), VX_RET_ERR_MEM);
+  EXPECT_EQ(a.reallocate(a.getCapacity() + 1), VX_RET_ERR_MEM);
   failNextAlloc();
   a = other;
   EXPECT_EQ(texts(a), S({"a", "b", "c"}));
   EXPECT_EQ(cursorAt(a), 1);
   EXPECT_EQ(rep.reports.back().line, 172u);
+  // Shrinking needs no memory: when giving the block back fails the larger one is kept.
+  failNextAlloc();
+  EXPECT_EQ(a.delElems(0, 2), VX_RET_TRUE);
+  EXPECT_EQ(texts(a), S({"c"}));
 }

@@ -165,7 +165,7 @@ TYPED_TEST(Contract, FailedAllocationsChangeNothing) {
   int failures = 0;
   for (Op op : ops) {
     TypeParam c;
-    fill(c, {10u, 20u, 30u, 20u, 50u});
+    ASSERT_TRUE(fillTight(c, {10u, 20u, 30u, 20u, 50u}));  // an array's growth then allocates
     c.setCurIndex(2);
     const U shape = layout(&c);
     failures += forEachAllocFailure([&](long) {
@@ -206,4 +206,52 @@ TYPED_TEST(Contract, ListQuirks) {
   // Into an empty container, element by element where no room can be made beforehand.
   EXPECT_EQ(none.addElems(twice, 0), VX_RET_TRUE);
   EXPECT_EQ(items(none), list ? U({5}) : U({5, 0}));
+}
+
+// String elements: every allocation each operation makes fails in turn. An operation either
+// succeeds with the expected contents or answers VX_RET_ERR_MEM with the contents untouched;
+// no held string may silently turn into the null string.
+template <class C>
+class StringElems : public ::testing::Test {};
+struct SmallStringBlocks : VX_VCArray<VX_String> {
+  SmallStringBlocks() : VX_VCArray<VX_String>(0, 2, 0) {}  // full blocks: insertion splits
+};
+typedef ::testing::Types<VX_Array<VX_String>, SmallStringBlocks, VX_LList<VX_String>> StringContainers;
+TYPED_TEST_SUITE(StringElems, StringContainers);
+
+TYPED_TEST(StringElems, AFailedCopyChangesNothing) {
+  using Op = VX_RET_STATUS (*)(TypeParam&);
+  static VX_Array<VX_String> more;
+  if (!more.numElems()) fill(more, {"m", "n"});
+  static const VX_String x("x"), a("a");  // made before any allocation is failed
+  struct Row {
+    Op op;
+    S after;
+  } rows[] = {
+      {[](TypeParam& c) { return c.appendElem(x); }, {"a", "b", "c", "d", "x"}},
+      {[](TypeParam& c) { return c.appendElem(c[1]); }, {"a", "b", "c", "d", "b"}},
+      {[](TypeParam& c) { return c.preappendElem(x); }, {"x", "a", "b", "c", "d"}},
+      {[](TypeParam& c) { return c.preappendElem(c[3]); }, {"d", "a", "b", "c", "d"}},
+      {[](TypeParam& c) { return c.insElem(VX_INS_BEFORE, 1, x); }, {"a", "x", "b", "c", "d"}},
+      {[](TypeParam& c) { return c.insElem(VX_INS_AFTER, 1, x); }, {"a", "x", "<null>", "c", "d"}},
+      {[](TypeParam& c) { return c.insElems(VX_INS_BEFORE, 1, 3); }, {"a", "<null>", "<null>", "<null>", "b", "c", "d"}},
+      {[](TypeParam& c) { return c.delElems(1, 2); }, {"a", "d"}},
+      {[](TypeParam& c) { return c.delElem(a); }, {"b", "c", "d"}},
+      {[](TypeParam& c) { return c.addElems(more, 1); }, {"a", "b", "c", "d", "m", "n"}},
+  };
+  int failed = 0;
+  for (const Row& r : rows) {
+    failed += forEachAllocFailure([&](long n) {
+      clearAllocFault();
+      TypeParam t;
+      ASSERT_TRUE(fillTight(t, {VX_String("a"), VX_String("b"), VX_String("c"), VX_String("d")}));
+      failAfter(n);
+      VX_RET_STATUS st = r.op(t);
+      bool hit = !allocFaultPending();
+      const S want = st == VX_RET_TRUE ? r.after : S({"a", "b", "c", "d"});
+      EXPECT_TRUE(st == VX_RET_TRUE || (hit && st == VX_RET_ERR_MEM)) << "row " << &r - rows << " status " << st;
+      EXPECT_EQ(texts(t), want) << "row " << &r - rows << " failing allocation " << n;
+    });
+  }
+  EXPECT_GT(failed, 10);
 }

@@ -175,3 +175,73 @@ TEST(Hash, AllocationFailuresLeaveTheTableConsistent) {
   a.enabled = 0;
   EXPECT_TRUE((a == b) == 0 && reportedAt(rep, 124));
 }
+
+namespace {
+std::string seen;
+VX_RET_STATUS readData(VX_String&, VX_String& data) {
+  return seen = static_cast<const char*>(data) ? static_cast<const char*>(data) : "<null>", VX_RET_TRUE;
+}
+}  // namespace
+
+// Reading or changing an entry's data copies it; a copy that fails leaves both the caller's
+// object and the entry as they were, and says so.
+TEST(Hash, FailedDataCopiesChangeNothing) {
+  CaptureReporter rep;
+  typedef VX_HashTable<VX_String, VX_String> StringTable;
+  StringTable t(8, VX_defHashFuncStringKey, nullptr);
+  const VX_String key("k"), value("v"), fresh("new");
+  ASSERT_EQ(t.addEntry(key, value), VX_RET_TRUE);
+  VX_String out("old");
+  auto text = [](const VX_String& s) { return std::string(static_cast<const char*>(s) ? static_cast<const char*>(s) : "<null>"); };
+  int tries = forEachAllocFailure([&](long) {
+    VX_RET_STATUS st = t.getEntryData(key, out);
+    EXPECT_EQ(text(out), st == VX_RET_TRUE ? "v" : "old");
+    EXPECT_TRUE(st == VX_RET_TRUE || (st == VX_RET_ERR_MEM && reportedAt(rep, 399)));
+    if (st == VX_RET_TRUE) out = "old";
+  });
+  EXPECT_GE(tries, 1);
+  tries = forEachAllocFailure([&](long) {
+    VX_RET_STATUS st = t.setEntryData(key, fresh);
+    seen.clear();
+    t.iterate(readData);  // copies nothing, so the armed failure stays where it is
+    EXPECT_EQ(seen, st == VX_RET_TRUE ? "new" : "v");
+    EXPECT_TRUE(st == VX_RET_TRUE || (st == VX_RET_ERR_MEM && reportedAt(rep, 419)));
+    if (st == VX_RET_TRUE) t.setEntryData(key, value);
+  });
+  EXPECT_GE(tries, 1);
+}
+
+// The strong hashes spread keys that the default crowds together, stay within the size, and
+// keep keys that compare equal in one bucket.
+TEST(Hash, StrongHashesSpreadSimilarKeys) {
+  const unsigned size = 100000;
+  std::vector<unsigned> strong(size), byDefault(size);
+  unsigned usedStrong = 0, usedDefault = 0, longest = 0;
+  for (unsigned k = 0; k < size; ++k) {
+    const VX_String key(("key" + std::to_string(k)).c_str());
+    unsigned b = VX_strongHashFuncStringKey(key, size), d = VX_defHashFuncStringKey(key, size);
+    ASSERT_LT(b, size);
+    usedStrong += strong[b]++ == 0;
+    usedDefault += byDefault[d]++ == 0;
+    longest = std::max(longest, strong[b]);
+  }
+  EXPECT_EQ(usedDefault, 488u);     // the default's buckets are fixed, crowding included
+  EXPECT_GT(usedStrong, 60000u);    // about 1 - 1/e of the buckets, as for random keys
+  EXPECT_LE(longest, 12u);
+  CaptureReporter rep;
+  std::pair<VX_Var, const char*> alike[] = {{VX_Var(65), "65"}, {VX_Var(65u), "65"},
+                                            {VX_Var(static_cast<short>(65)), "65"}, {VX_Var(2.5), "2.500000"}};
+  for (auto& r : alike)
+    EXPECT_EQ(VX_strongHashFuncVarKey(r.first, 1000), VX_strongHashFuncStringKey(VX_String(r.second), 1000));
+  EXPECT_EQ(VX_strongHashFuncStringKey(VX_String("65"), 1000), VX_strongHashFuncStringKey(VX_String("65"), 1000));
+  EXPECT_NE(VX_strongHashFuncStringKey(VX_String("key10"), 1u << 20), VX_strongHashFuncStringKey(VX_String("key01"), 1u << 20));
+  for (const Report& r : rep.reports) ADD_FAILURE() << r.file << ":" << r.line << " " << r.text;
+  EXPECT_EQ((std::vector<unsigned>{VX_strongHashFuncStringKey(VX_String(), 64), VX_strongHashFuncStringKey(VX_String("x"), 0),
+                                   VX_strongHashFuncStringKey(VX_String(""), 1), VX_strongHashFuncVarKey(VX_Var(), 64)}),
+            (std::vector<unsigned>{64, 0, 0, 64}));
+  VarTable t(1024, VX_strongHashFuncVarKey, nullptr);
+  for (int k = 0; k < 3000; ++k) ASSERT_EQ(t.addEntry(VX_Var(k), VX_Var(k)), VX_RET_TRUE);
+  VX_Var data(0);
+  EXPECT_TRUE(t.getEntryData(VX_Var(65), data) == VX_RET_TRUE && data.i() == 65);
+  EXPECT_EQ(t.addEntry(VX_Var(2999), VX_Var(0)), VX_RET_FALSE);
+}

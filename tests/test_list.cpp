@@ -72,6 +72,10 @@ TEST(List, BadAccessCopiesAndFailures) {
   EXPECT_EQ(dst == src, 1);  // equal in order
   dst[1] = 9;
   EXPECT_EQ(dst == src, 0);
+  const L& reader = dst;  // a const list reads by index, with the same reports
+  EXPECT_EQ(reader[0] + reader[1], 16u);
+  EXPECT_EQ(&reader[2], &VX_nullRef<unsigned>());
+  EXPECT_EQ(where(rep.reports.back()), "vxcore/include/vx_list_impl:436: Index 2 not in [0,1]");
   L grown;  // an empty list takes the elements one by one, all or none
   forEachAllocFailure([&](long) {
     VX_RET_STATUS st = grown.addElems(src, 1);

@@ -75,3 +75,30 @@ TEST(StackQueue, StorageFailuresLeaveTheContentsAlone) {
   EXPECT_EQ(gs.pop(), 2u);
   for (unsigned v : {2u, 3u}) EXPECT_EQ(gq.get(), v);
 }
+
+// A string that cannot be copied is not stored: the push or put fails and the count stays.
+TEST(StackQueue, AFailedElementCopyStoresNothing) {
+  CaptureReporter rep;
+  const VX_String x("x");
+  VX_Stack<VX_String> s(4, 0);
+  VX_Queue<VX_String> q(4, 0), gq(1, 2, 2, 0);
+  ASSERT_EQ(gq.put(x), VX_RET_TRUE);  // full: the next put grows first
+  for (int round = 0; round < 2; ++round) {
+    failNextAlloc();
+    EXPECT_EQ(s.push(x), VX_RET_ERR_MEM);
+    failNextAlloc();
+    EXPECT_EQ(q.put(x), VX_RET_ERR_MEM);
+    failNextAlloc();
+    EXPECT_EQ(gq.put(x), VX_RET_ERR_MEM);
+    EXPECT_TRUE(s.isEmpty() && q.isEmpty() && !gq.isEmpty());
+    EXPECT_EQ(s.push(x), VX_RET_TRUE);  // the same call goes through once memory is there
+    EXPECT_EQ(s.pop(), x);
+  }
+  EXPECT_EQ(rep.count(VX_RET_ERR_MEM), 6);
+  EXPECT_EQ(static_cast<const char*>(gq.get()), std::string("x"));
+  // A const stack still shows what it holds.
+  s.push(x);
+  const VX_Stack<VX_String>& cs = s;
+  EXPECT_EQ(static_cast<const char*>(cs.peek(0)), std::string("x"));
+  EXPECT_EQ(static_cast<const void*>(&cs.peek(1)), static_cast<const void*>(&VX_NULL_PTR));
+}

@@ -42,6 +42,19 @@ bool fill(C& c, std::initializer_list<V> values) {
   return true;
 }
 
+// As fill, but an array is left without spare slots, so that its next growth allocates.
+template <class C, class V>
+bool fillTight(C& c, std::initializer_list<V> values) {
+  return fill(c, values);
+}
+template <class V>
+bool fillTight(VX_Array<V>& a, std::initializer_list<V> values) {
+  if (a.delAll() > 2 || a.reallocate(static_cast<unsigned>(values.size())) > 2) return false;
+  unsigned i = 0;
+  for (const V& v : values) a[i++] = v;
+  return a.getCapacity() == a.numElems();
+}
+
 // The cursor's index, or -1 for a null cursor; the element under it, or ~0 without one.
 template <class C>
 long cursorAt(C& c) {

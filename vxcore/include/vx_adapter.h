@@ -57,6 +57,11 @@ class VX_API VX_AdapterStore : public VX_VorlaxeClass {
     enabled = 0;
   }
   T& slot(unsigned int i) { return growable ? (*vcArray)[i] : (*array)[i]; }
+  const T& slot(unsigned int i) const {
+    const VX_VCArray<T>* v = vcArray;
+    const VX_Array<T>* a = array;
+    return growable ? (*v)[i] : (*a)[i];
+  }
   // Opens `count` slots behind slot `after` of the growable storage.
   VX_RET_STATUS grow(unsigned int after, unsigned int count) {
     return vcArray->insElems(VX_INS_AFTER, after, count);

@@ -9,7 +9,7 @@
 
 #include "vx_array.h"
 
-#define VX_ARRAY_IMPL_FILE "vxcore/include/vx_array_impl"
+// VX_ARRAY_IMPL_FILE, the label of this header's reports, comes with vx_array.h.
 
 // Text of the general catalogue's "Index %d not in [%d,%d]".
 inline const char* VX_indexRangeText() {
@@ -51,11 +51,13 @@ VX_RET_STATUS VX_Array<T>::initDataMembers(unsigned int size) {
   enabled = 0;
   data = nullptr;
   rawMemory = 0;
+  capacity = 0;
   if (size) {
-    data = newBlock(size);
+    data = newBlock(size, 0);
     if (!data) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 108);
   }
   this->nElems = size;
+  capacity = size;
   enabled = 1;
   return VX_RET_TRUE;
 }
@@ -65,6 +67,7 @@ VX_RET_STATUS VX_Array<T>::cleanupDataMembers() {
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 125);
   VX_deleteArray(data);
   data = nullptr;
+  capacity = 0;
   rawMemory = 0;
   enabled = 0;
   this->clearCur();
@@ -80,65 +83,158 @@ VX_Array<T>& VX_Array<T>::operator=(const VX_Array<T>& src) {
     return *this;
   }
   unsigned int n = src.nElems;
-  if (n != this->nElems) {
-    // The new block is had before the old one goes, so a failure leaves this array as it was.
-    VX_RET_STATUS st = reallocate(n);
-    if (st > 2) {
-      VX_reportStatus(st, VX_ARRAY_IMPL_FILE, 172);
-      return *this;
-    }
+  unsigned int had = this->nElems;
+  // Room first: growing is undone below if a copy fails, so this array stays as it was.
+  VX_IteratorElem<T> saved = this->cur;
+  if (n > had) {
+    VX_RET_STATUS st = rebuild(n, had, 0, n - had, false, 172);
+    if (st > 2) return *this;
+  }
+  unsigned char raw = rawMemory;
+  rawMemory = src.rawMemory;
+  if (copyIn(0, src.data, n, 172) > 2) {
+    rawMemory = raw;
+    if (n > had) rebuild(had, had, n - had, 0, false, 172);
+    putCursorBack(saved);
+    return *this;
+  }
+  if (n < had) rebuild(n, n, had - n, 0, false, 172);
+  if (n != had) {
     if (n)
       this->cur.set(0, data);
     else
       this->clearCur();
   }
-  rawMemory = src.rawMemory;
-  copyElems(data, src.data, n);
   return *this;
 }
 
 // ---- element storage -------------------------------------------------------------------
 
 template <class T>
-T* VX_Array<T>::newBlock(unsigned int count) {
+T* VX_Array<T>::newBlock(unsigned int count, unsigned int clearFrom) {
   T* block = VX_newArray<T>(count);
-  // Plain types come out of array new uninitialised; a fresh slot always reads as cleared.
-  if (block && std::is_trivially_default_constructible<T>::value)
-    std::memset(static_cast<void*>(block), 0, sizeof(T) * count);
+  // Plain types come out of array new uninitialised: the slots that will not be filled at
+  // once by a byte copy are cleared (all of them for types that are exchanged instead).
+  if (!std::is_trivially_copyable<T>::value) clearFrom = 0;
+  if (block && std::is_trivially_default_constructible<T>::value && clearFrom < count)
+    std::memset(static_cast<void*>(block + clearFrom), 0, sizeof(T) * (count - clearFrom));
   return block;
 }
 
 template <class T>
-void VX_Array<T>::copyElems(T* dst, const T* src, unsigned int count) const {
+void VX_Array<T>::relocate(T* to, T* from, unsigned int count, bool clearFrom) const {
   if (!count) return;
-  if (rawMemory) {
-    std::memcpy(static_cast<void*>(dst), static_cast<const void*>(src), sizeof(T) * count);
+  if (rawMemory || std::is_trivially_copyable<T>::value) {
+    std::memcpy(static_cast<void*>(to), static_cast<const void*>(from), sizeof(T) * count);
+    // A raw copy of a class element leaves two owners of its resources: the source's go.
+    if (clearFrom || !std::is_trivially_destructible<T>::value)
+      std::memset(static_cast<void*>(from), 0, sizeof(T) * count);
     return;
   }
-  for (unsigned int i = 0; i < count; ++i) dst[i] = src[i];
+  for (unsigned int i = 0; i < count; ++i) VX_swapElems(to[i], from[i]);
+}
+
+template <class T>
+void VX_Array<T>::shift(unsigned int dst, unsigned int src, unsigned int count) {
+  if (!count || dst == src) return;
+  if (rawMemory) {
+    std::memmove(static_cast<void*>(data + dst), static_cast<const void*>(data + src), sizeof(T) * count);
+  } else if (dst > src) {
+    // Back to front, so that no element of the run is overwritten before it has moved.
+    for (unsigned int i = count; i-- > 0;) VX_swapElems(data[dst + i], data[src + i]);
+  } else {
+    for (unsigned int i = 0; i < count; ++i) VX_swapElems(data[dst + i], data[src + i]);
+  }
+}
+
+template <class T>
+void VX_Array<T>::clearSlots(unsigned int index, unsigned int count) {
+  if (!count) return;
+  if (rawMemory || (std::is_trivially_default_constructible<T>::value && std::is_trivially_copyable<T>::value)) {
+    std::memset(static_cast<void*>(data + index), 0, sizeof(T) * count);
+    return;
+  }
+  for (unsigned int i = index; i < index + count; ++i) VX_clearElem(data[i]);
+}
+
+template <class T>
+VX_RET_STATUS VX_Array<T>::copyIn(unsigned int dst, const T* from, unsigned int count, unsigned line) {
+  if (!count) return VX_RET_TRUE;
+  if (rawMemory) {
+    std::memmove(static_cast<void*>(data + dst), static_cast<const void*>(from), sizeof(T) * count);
+    return VX_RET_TRUE;
+  }
+  // The copies are made aside, then exchanged in: a run overlapping its destination reads
+  // the values it had, and a failed copy changes nothing.
+  T* staged = VX_newArray<T>(count);
+  if (!staged) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
+  for (unsigned int i = 0; i < count; ++i) {
+    if (!VX_assignElem(staged[i], from[i])) {
+      VX_deleteArray(staged);
+      return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
+    }
+  }
+  for (unsigned int i = 0; i < count; ++i) VX_swapElems(data[dst + i], staged[i]);
+  VX_deleteArray(staged);
+  return VX_RET_TRUE;
+}
+
+template <class T>
+void VX_Array<T>::pointCursor(unsigned int index) {
+  unsigned int n = this->nElems;
+  if (!n) {
+    this->clearCur();
+    return;
+  }
+  if (index >= n) index = n - 1;
+  this->cur.set(index, &data[index]);
 }
 
 template <class T>
 VX_RET_STATUS VX_Array<T>::rebuild(unsigned int newSize, unsigned int at, unsigned int removed,
-                                   unsigned int added, unsigned line) {
-  T* block = nullptr;
-  if (newSize) {
-    block = newBlock(newSize);
-    if (!block) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
-  }
+                                   unsigned int added, bool spare, unsigned line) {
   unsigned int n = this->nElems;
-  copyElems(block, data, at);
-  copyElems(block + at + added, data + at + removed, n - at - removed);
+  unsigned int tail = n - at - removed;
   unsigned int k = this->cur.elem ? this->cur.index : 0;
-  if (newSize <= k) k = newSize ? newSize - 1 : 0;
+  if (newSize > capacity) {
+    unsigned int cap = newSize;
+    if (spare) {
+      // Half as large again, as far as the count can go.
+      unsigned long long grown = capacity + capacity / 2ULL;
+      if (grown > ~0u) grown = ~0u;
+      if (grown > cap) cap = static_cast<unsigned int>(grown);
+    }
+    T* block = newBlock(cap, newSize);
+    if (!block) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
+    relocate(block, data, at, false);
+    relocate(block + at + added, data + at + removed, tail, false);
+    VX_deleteArray(data);
+    data = block;
+    capacity = cap;
+    clearSlots(at, added);
+  } else {
+    shift(at + added, at + removed, tail);
+    // Slots the tail left behind when moving down become spare ones; the new slots and the
+    // places of removed elements read as cleared.
+    if (newSize < n) clearSlots(newSize, n - newSize);
+    clearSlots(at, added);
+  }
+  this->nElems = newSize;
+  if (newSize < n) trim();
+  pointCursor(k);
+  return VX_RET_TRUE;
+}
+
+template <class T>
+void VX_Array<T>::trim() {
+  unsigned int n = this->nElems;
+  if (n && n >= capacity / 4) return;
+  T* block = n ? newBlock(n, n) : nullptr;
+  if (n && !block) return;  // the larger block serves as well
+  relocate(block, data, n, false);
   VX_deleteArray(data);
   data = block;
-  this->nElems = newSize;
-  if (newSize)
-    this->cur.set(k, &data[k]);
-  else
-    this->clearCur();
-  return VX_RET_TRUE;
+  capacity = n;
 }
 
 template <class T>
@@ -148,12 +244,7 @@ VX_RET_STATUS VX_Array<T>::clearElems(unsigned int index, unsigned int count) {
   unsigned int n = this->nElems;
   if (!count || index >= n) return VX_RET_FALSE;
   if (count > n - index) count = n - index;
-  if (rawMemory) {
-    std::memset(static_cast<void*>(data + index), 0, sizeof(T) * count);
-  } else {
-    const T blank{};
-    for (unsigned int i = index; i < index + count; ++i) data[i] = blank;
-  }
+  clearSlots(index, count);
   return VX_RET_TRUE;
 }
 
@@ -164,7 +255,7 @@ VX_RET_STATUS VX_Array<T>::reallocate(unsigned int newSize) {
   unsigned int n = this->nElems;
   if (newSize == n) return VX_RET_TRUE;
   unsigned int keep = n < newSize ? n : newSize;
-  return rebuild(newSize, keep, n - keep, newSize - keep, 493);
+  return rebuild(newSize, keep, n - keep, newSize - keep, false, 493);
 }
 
 template <class T>
@@ -179,22 +270,15 @@ VX_RET_STATUS VX_Array<T>::memMove(unsigned int dst, unsigned int src, unsigned 
   unsigned int srcEnd = static_cast<unsigned int>(src + run < last ? src + run : last);
   unsigned int dstEnd = static_cast<unsigned int>(dst + run < last ? dst + run : last);
   unsigned int m = dstEnd - dst + 1 < srcEnd - src + 1 ? dstEnd - dst + 1 : srcEnd - src + 1;
-  bool rightOverlap = src <= dst && dst <= srcEnd;
-  if (rawMemory) {
-    std::memmove(static_cast<void*>(data + dst), static_cast<const void*>(data + src), sizeof(T) * m);
-  } else if (rightOverlap) {
-    for (unsigned int i = m; i-- > 0;) data[dst + i] = data[src + i];
-  } else {
-    for (unsigned int i = 0; i < m; ++i) data[dst + i] = data[src + i];
-  }
-  if (clearVacated) {
-    if (rightOverlap)
-      clearElems(src, dst - src);
-    else if (dst < src && dstEnd >= src)
-      clearElems(dstEnd + 1, srcEnd - dstEnd);
-    else
-      clearElems(src, srcEnd - src + 1);
-  }
+  if (!clearVacated) return copyIn(dst, data + src, m, 668);
+  // The source slots end up vacated or overwritten, so the run is exchanged into place.
+  shift(dst, src, m);
+  if (src <= dst && dst <= srcEnd)
+    clearSlots(src, dst - src);
+  else if (dst < src && dstEnd >= src)
+    clearSlots(dstEnd + 1, srcEnd - dstEnd);
+  else
+    clearSlots(src, srcEnd - src + 1);
   return VX_RET_TRUE;
 }
 
@@ -216,15 +300,8 @@ VX_RET_STATUS VX_Array<T>::subCopy(const VX_Array<T>& src, unsigned int srcIndex
   if (dstClip < len) len = dstClip;
   if (static_cast<long long>(src.nElems) - srcIndex < len) len = src.nElems - srcIndex;
   if (len <= 0) return VX_RET_TRUE;  // nothing to copy
-  T* to = data + dstIndex;
-  const T* from = src.data + srcIndex;
-  if (rawMemory) {
-    std::memmove(static_cast<void*>(to), static_cast<const void*>(from), sizeof(T) * len);
-  } else {
-    for (long long i = 0; i < len; ++i)
-      if (to + i != from + i) to[i] = from[i];
-  }
-  return VX_RET_TRUE;
+  if (&src == this && srcIndex == dstIndex) return VX_RET_TRUE;
+  return copyIn(dstIndex, src.data + srcIndex, static_cast<unsigned int>(len), 731);
 }
 
 template <class T>
@@ -271,7 +348,7 @@ VX_RET_STATUS VX_Array<T>::insElems(VX_INS_METHOD method, unsigned int index, un
   unsigned int p = index + (method != VX_INS_BEFORE ? 1 : 0);
   if (grow) {
     if (count > ~0u - n) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 339);
-    return rebuild(n + count, p, 0, count, 339);
+    return rebuild(n + count, p, 0, count, true, 339);
   }
   if (count < n && p + count <= n - 1) {
     VX_RET_STATUS st = memMove(p + count, p, n - count - p, 1);
@@ -295,12 +372,11 @@ VX_RET_STATUS VX_Array<T>::delElems(unsigned int index, unsigned int count, unsi
   unsigned int n = this->nElems;
   if (!count || index >= n) return VX_RET_FALSE;  // nothing there to delete
   if (count > n - index) count = n - index;
-  if (shrink) return rebuild(n - count, index, count, 0, 493);
-  VX_RET_STATUS st = memMove(index, index + count, n - index - count, 1);
-  if (st > 2) return st;
-  // The move clears only the source slots it vacated; the whole vacated tail is cleared,
-  // also when the deleted run was the tail itself or lay apart from what moved.
-  clearElems(n - count, count);
+  if (shrink) return rebuild(n - count, index, count, 0, false, 493);
+  // The elements behind the run move down by exchange; everything they leave behind and the
+  // deleted run, wherever it ends up, is cleared: the vacated tail of the fixed size.
+  shift(index, index + count, n - index - count);
+  clearSlots(n - count, count);
   return VX_RET_TRUE;
 }
 
@@ -314,31 +390,34 @@ VX_RET_STATUS VX_Array<T>::delElems(unsigned int index, unsigned int count) {
   return st;
 }
 
+// appendElem (`front` false) and preappendElem: one new slot at the end or the front, then a
+// checked copy of `elem` into it. A failed copy takes the slot out again and puts the cursor
+// back as it was. `elem` may lie in this array: the growth moves it, so it is found again by
+// its index.
 template <class T>
-VX_RET_STATUS VX_Array<T>::appendElem(const T& elem) {
+VX_RET_STATUS VX_Array<T>::addOne(const T& elem, bool front, unsigned line) {
   VX_setUserError(0);
-  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 842);
+  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, line);
   unsigned int n = this->nElems;
-  // `elem` may lie in this array; the growth moves it, so it is found again by index.
+  if (n == ~0u) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 339);
   bool inside = VX_pointsInto(&elem, data, n);
-  unsigned int at = inside ? static_cast<unsigned int>(&elem - data) : 0;
-  VX_RET_STATUS st = insElems(VX_INS_AFTER, n ? n - 1 : 0, 1, 1);
+  unsigned int from = inside ? static_cast<unsigned int>(&elem - data) + (front ? 1 : 0) : 0;
+  VX_IteratorElem<T> saved = this->cur;
+  unsigned int at = front ? 0 : n;
+  VX_RET_STATUS st = rebuild(n + 1, at, 0, 1, true, 339);
   if (st > 2) return st;
-  data[n] = inside ? data[at] : elem;
+  if (!VX_assignElem(data[at], inside ? data[from] : elem)) {
+    rebuild(n, at, 1, 0, false, line);  // shrinking in place cannot fail
+    putCursorBack(saved);
+    return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
+  }
   return VX_RET_TRUE;
 }
 
+
 template <class T>
 VX_RET_STATUS VX_Array<T>::preappendElem(const T& elem) {
-  VX_setUserError(0);
-  if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 867);
-  unsigned int n = this->nElems;
-  bool inside = VX_pointsInto(&elem, data, n);
-  unsigned int at = inside ? static_cast<unsigned int>(&elem - data) + 1 : 0;
-  VX_RET_STATUS st = insElems(VX_INS_BEFORE, 0, 1, 1);
-  if (st > 2) return st;
-  data[0] = inside ? data[at] : elem;
-  return VX_RET_TRUE;
+  return addOne(elem, true, 867);
 }
 
 template <class T>
@@ -365,7 +444,7 @@ VX_RET_STATUS VX_Array<T>::delCurElem(unsigned char advance) {
 // ---- element access and cursor ---------------------------------------------------------
 
 template <class T>
-T& VX_Array<T>::operator[](unsigned int index) {
+const T& VX_Array<T>::operator[](unsigned int index) const {
   VX_setUserError(0);
   if (!enabled) {
     VX_reportStatus(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 789);
@@ -377,6 +456,11 @@ T& VX_Array<T>::operator[](unsigned int index) {
     return VX_nullRef<T>();
   }
   return data[index];
+}
+
+template <class T>
+T& VX_Array<T>::operator[](unsigned int index) {
+  return const_cast<T&>(static_cast<const VX_Array<T>&>(*this)[index]);
 }
 
 template <class T>
@@ -505,6 +589,7 @@ VX_RET_STATUS VX_VCArray<T>::initDataMembers() {
   curBlock = 0;
   blockSize = 0;
   rawMemory = 0;
+  forgetHint();
   blocks = VX_newObject<VX_LList<Rec>>();
   if (!blocks) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1257);
   enabled = 1;
@@ -519,6 +604,7 @@ VX_RET_STATUS VX_VCArray<T>::cleanupDataMembers() {
   blocks->unlock();
   VX_deleteObject(blocks);
   blocks = nullptr;
+  forgetHint();
   this->nElems = 0;
   this->clearCur();
   enabled = 0;
@@ -583,38 +669,44 @@ VX_RET_STATUS VX_VCArray<T>::append(unsigned int n) {
 }
 
 template <class T>
-typename VX_VCArray<T>::Node* VX_VCArray<T>::mapIndex(unsigned int index, unsigned int& blockNo,
-                                                      unsigned int& offset) {
-  blockNo = 0;
+typename VX_VCArray<T>::Node* VX_VCArray<T>::mapIndex(unsigned int index, unsigned int& offset) const {
   offset = 0;
   if (!enabled) {
     VX_reportStatus(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1370);
     return nullptr;
   }
-  if (index >= this->nElems) return nullptr;
-  blocks->lock();  // a held lock has been reported; the walk goes on
-  Node* node;
-  if (index < this->nElems / 2) {
-    node = blocks->head;
-    while (node && index >= node->data.count) {
-      index -= node->data.count;
-      ++blockNo;
-      node = node->next;
+  unsigned int n = this->nElems;
+  if (index >= n || !blocks->head) return nullptr;
+  // Start at whichever of the head, the block reached last and the tail lies nearest (in
+  // elements), so reading in order moves at most one block per access.
+  Node* node = blocks->head;
+  unsigned int first = 0;
+  unsigned int dist = index;
+  if (hint) {
+    unsigned int d = index >= hintAt ? index - hintAt : hintAt - index;
+    if (d < dist) {
+      node = hint;
+      first = hintAt;
+      dist = d;
     }
-  } else {
-    // From the tail: `rest` counts the elements from `index` to the end.
-    unsigned int rest = this->nElems - index;
-    blockNo = blocks->numElems() - 1;
-    node = blocks->tail;
-    while (node && rest > node->data.count) {
-      rest -= node->data.count;
-      --blockNo;
-      node = node->prev;
-    }
-    if (node) index = node->data.count - rest;
   }
-  blocks->unlock();
-  if (node) offset = index;
+  if (n - index < dist) {
+    node = blocks->tail;
+    first = n - node->data.count;
+  }
+  while (index < first) {
+    node = node->prev;
+    first -= node->data.count;
+  }
+  while (index - first >= node->data.count) {
+    first += node->data.count;
+    node = node->next;
+  }
+  hint = node;
+  hintAt = first;
+  hintSlots = node->data.block->data;
+  hintCount = node->data.count;
+  offset = index - first;
   return node;
 }
 
@@ -638,8 +730,8 @@ VX_RET_STATUS VX_VCArray<T>::insElems(VX_INS_METHOD method, unsigned int index, 
   }
   if (count > ~0u - n) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1831);
   if (index >= n) index = n - 1;
-  unsigned int b = 0, o = 0;
-  Node* node = mapIndex(index, b, o);
+  unsigned int o = 0;
+  Node* node = mapIndex(index, o);
   if (!node) return VX_reportFail(VX_RET_ERR_GEN, VX_ARRAY_IMPL_FILE, 1782);
   Rec& rec = node->data;
   unsigned int after = method != VX_INS_BEFORE ? 1 : 0;
@@ -665,14 +757,15 @@ VX_RET_STATUS VX_VCArray<T>::insElems(VX_INS_METHOD method, unsigned int index, 
       return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1831);
     }
     if (moved) {
+      // Exchanged into the fresh block, leaving cleared slots behind: nothing to fail.
       VX_Array<T>* tailBlock = fresh.tail->data.block;
-      tailBlock->subCopy(*rec.block, at, 0, moved);
-      rec.block->clearElems(at, moved);
+      rec.block->relocate(tailBlock->data, rec.block->data + at, moved, true);
     }
     rec.count = kept + fill;
     blocks->spliceAfter(node, fresh);
   }
   this->nElems += count;
+  forgetHint();
   restoreCursor();
   return VX_RET_TRUE;
 }
@@ -684,14 +777,17 @@ VX_RET_STATUS VX_VCArray<T>::delElems(unsigned int index, unsigned int count) {
   unsigned int n = this->nElems;
   if (!count || index >= n) return VX_RET_FALSE;
   if (count > n - index) count = n - index;
-  unsigned int b = 0, o = 0;
-  Node* node = mapIndex(index, b, o);
+  unsigned int o = 0;
+  Node* node = mapIndex(index, o);
+  forgetHint();
   while (count && node) {
     Rec& rec = node->data;
     unsigned int k = count < rec.count - o ? count : rec.count - o;
     unsigned int behind = rec.count - o - k;
-    if (behind) rec.block->memMove(o, o + k, behind, 0);
-    rec.block->clearElems(rec.count - k, k);
+    // The elements behind move down by exchange; the deleted ones end up past the used
+    // slots, which are cleared.
+    rec.block->shift(o, o + k, behind);
+    rec.block->clearSlots(rec.count - k, k);
     rec.count -= k;
     this->nElems -= k;
     count -= k;
@@ -708,15 +804,23 @@ VX_RET_STATUS VX_VCArray<T>::delElems(unsigned int index, unsigned int count) {
   return VX_RET_TRUE;
 }
 
+// A new last block holding `elem` (the last block is full, or there is none). No held
+// element moves, so `elem` may be one of them.
 template <class T>
-VX_RET_STATUS VX_VCArray<T>::appendElem(const T& elem) {
-  VX_setUserError(0);
+VX_RET_STATUS VX_VCArray<T>::appendToNewBlock(const T& elem) {
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1966);
-  // Appending moves no held element, so `elem` may be one of them.
-  unsigned int n = this->nElems;
-  VX_RET_STATUS st = insElems(VX_INS_AFTER, n ? n - 1 : 0, 1);
-  if (st > 2) return st;
-  (*this)[n] = elem;
+  if (this->nElems == ~0u) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1831);
+  VX_LList<Rec> fresh;
+  if (growChain(fresh, 1) > 2) {
+    releaseChain(fresh);
+    return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1831);
+  }
+  if (!VX_assignElem(fresh.head->data.block->data[0], elem)) {
+    releaseChain(fresh);
+    return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1966);
+  }
+  blocks->spliceAfter(blocks->tail, fresh);
+  ++this->nElems;
   return VX_RET_TRUE;
 }
 
@@ -724,11 +828,13 @@ template <class T>
 VX_RET_STATUS VX_VCArray<T>::preappendElem(const T& elem) {
   VX_setUserError(0);
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1991);
-  T value{};  // `elem` may be an element the insertion moves
-  value = elem;
+  // `elem` may be an element the insertion moves, and its copy may fail: it is copied
+  // first, then exchanged into the new slot.
+  T value{};
+  if (!VX_assignElem(value, elem)) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1991);
   VX_RET_STATUS st = insElems(VX_INS_BEFORE, 0, 1);
   if (st > 2) return st;
-  (*this)[0] = value;
+  VX_swapElems((*this)[0], value);
   return VX_RET_TRUE;
 }
 
@@ -760,8 +866,7 @@ VX_RET_STATUS VX_VCArray<T>::delCurElem(unsigned char advance) {
 // ---- VX_VCArray: element access and cursor ---------------------------------------------
 
 template <class T>
-T& VX_VCArray<T>::operator[](unsigned int index) {
-  VX_setUserError(0);
+const T& VX_VCArray<T>::elemAt(unsigned int index) const {
   if (!enabled) {
     VX_reportStatus(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 1658);
     return VX_nullRef<T>();
@@ -771,15 +876,16 @@ T& VX_VCArray<T>::operator[](unsigned int index) {
                       static_cast<int>(index), 0, static_cast<int>(this->nElems) - 1);
     return VX_nullRef<T>();
   }
-  unsigned int b = 0, o = 0;
-  Node* node = mapIndex(index, b, o);
+  unsigned int o = 0;
+  Node* node = mapIndex(index, o);
   if (!node) {
     VX_reportErrorMsg(VX_ARRAY_IMPL_FILE, 1671, "VX_VCArray: element access",
                       "Internal error on array index mapping", index);
     return VX_nullRef<T>();
   }
-  return (*node->data.block)[o];
+  return node->data.block->data[o];
 }
+
 
 template <class T>
 unsigned char VX_VCArray<T>::curIsNull() {
@@ -816,8 +922,8 @@ VX_RET_STATUS VX_VCArray<T>::setCurIndex(unsigned int index) {
   VX_setUserError(0);
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 2282);
   this->clearCur();
-  unsigned int b = 0, o = 0;
-  Node* node = mapIndex(index, b, o);
+  unsigned int o = 0;
+  Node* node = mapIndex(index, o);
   if (!node) return VX_RET_FALSE;
   this->cur.set(index, &(*node->data.block)[o]);
   this->cur.node = node;

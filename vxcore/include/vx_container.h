@@ -6,6 +6,10 @@
 #ifndef VX_CONTAINER_H
 #define VX_CONTAINER_H
 
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
 #include "vx_globals.h"
 #include "vx_mem.h"
 #include "vx_str.h"
@@ -29,6 +33,43 @@ inline bool VX_copyTook(const T&, const T&, long) {
 inline bool VX_copyTook(const VX_String& copy, const VX_String& src, int) {
   return copy.objIsEnabled() &&
          (static_cast<const char*>(src) == nullptr || static_cast<const char*>(copy) != nullptr);
+}
+
+// The one way a container stores a copy of an element: assigns and tells whether the copy
+// took. An assignment that was refused (it hands back the sink rather than `dst`) or that ran
+// out of memory (VX_copyTook) answers false; the container then undoes its change and
+// returns VX_RET_ERR_MEM.
+template <class T>
+inline bool VX_assignElem(T& dst, const T& src) {
+  T& result = (dst = src);
+  return &result == &dst && VX_copyTook(dst, src, 0);
+}
+
+// Exchanges two elements without copying either, so it cannot fail: this is how containers
+// move the elements they hold (growing, shifting, splitting). Types with a non-throwing move
+// are swapped by it; the others exchange their bytes, which needs an element type that
+// holds no pointer into itself (none of the library's element types does).
+template <class T>
+inline void VX_swapElems(T& a, T& b) {
+  if constexpr (std::is_nothrow_move_constructible<T>::value &&
+                std::is_nothrow_move_assignable<T>::value) {
+    T t(std::move(a));
+    a = std::move(b);
+    b = std::move(t);
+  } else {
+    if (&a == &b) return;
+    alignas(T) unsigned char t[sizeof(T)];
+    std::memcpy(t, static_cast<const void*>(&a), sizeof(T));
+    std::memcpy(static_cast<void*>(&a), static_cast<const void*>(&b), sizeof(T));
+    std::memcpy(static_cast<void*>(&b), t, sizeof(T));
+  }
+}
+
+// Gives `elem` the cleared value (a default T) without an assignment that could be refused.
+template <class T>
+inline void VX_clearElem(T& elem) {
+  T blank{};
+  VX_swapElems(elem, blank);
 }
 
 template <class K, class D>

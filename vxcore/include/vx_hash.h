@@ -99,6 +99,18 @@ VX_API unsigned int VX_defHashFuncStringKey(const VX_String& key, unsigned int s
 VX_API unsigned int VX_defHashFuncVarKey(const VX_Var& key, unsigned int size);
 VX_API unsigned int VX_defHashFuncVarArrKey(const VX_VarArr& key, unsigned int size);
 
+// Strong hash functions, drop-in replacements for the two defaults above. The defaults' values
+// are fixed (tables and files made with them rely on the buckets they give), but they spread
+// keys badly: similar keys such as "key0" .. "key99999" crowd into a few hundred buckets,
+// whatever the size, and each lookup then walks a long chain. These mix every byte of the
+// text (FNV-1a with a 64-bit avalanche) and spread such keys evenly over any size, so use
+// them for any table of more than a few dozen entries whose bucket numbers need not match
+// an older table's. The variant form hashes the same printed text as VX_defHashFuncVarKey,
+// so keys the table finds equal (the integer 65 and the text "65") still share a bucket. A
+// key without text, an unprintable kind or a size of 0 gives `size`, as the defaults do.
+VX_API unsigned int VX_strongHashFuncStringKey(const VX_String& key, unsigned int size);
+VX_API unsigned int VX_strongHashFuncVarKey(const VX_Var& key, unsigned int size);
+
 // Every class template a table of K and D brings, declared `extern` in headers
 // (VX_HASH_TEMPLATES(extern, K, D)) and defined once by the source that owns the pair
 // (VX_HASH_TEMPLATES(, K, D)).

@@ -7,13 +7,6 @@
 
 #define VX_HASH_IMPL_FILE "vxcore/include/vx_hash_impl"
 
-// Assigns and tells whether the assignment took: a refused one hands back the sink.
-template <class T>
-inline bool VX_hashAssign(T& dst, const T& src) {
-  T& result = (dst = src);
-  return &result == &dst && VX_copyTook(dst, src, 0);
-}
-
 // ---- VX_HashEntry ------------------------------------------------------------------------
 
 template <class K, class D>
@@ -45,8 +38,8 @@ template <class K, class D>
 VX_HashEntry<K, D>& VX_HashEntry<K, D>::operator=(const VX_HashEntry& other) {
   VX_setUserError(0);
   if (&other == this) return *this;
-  bool keyTook = VX_hashAssign(key, other.key);
-  bool dataTook = VX_hashAssign(data, other.data);
+  bool keyTook = VX_assignElem(key, other.key);
+  bool dataTook = VX_assignElem(data, other.data);
   enabled = other.enabled && keyTook && dataTook;
   return *this;
 }
@@ -124,11 +117,12 @@ typename VX_HashTable<K, D>::Bucket* VX_HashTable<K, D>::bucketOf(const K& key, 
     VX_reportStatus(VX_RET_ERR_GEN, VX_HASH_IMPL_FILE, line);
     return nullptr;
   }
-  return &(*buckets)[b];
+  return &buckets->data[b];  // b < size, the bucket count
 }
 
-// A walk nested inside another one over the same bucket (a callback of iterate looking a
-// key up) has the lock reported and goes on; the outer walk's cursor is put back after it.
+// The chain is read node by node and the bucket's cursor is left alone, so a lookup made
+// from inside a walk over the same bucket (a callback of iterate) leaves that walk where it
+// was; the held lock is reported and the lookup goes on.
 template <class K, class D>
 typename VX_HashTable<K, D>::Entry* VX_HashTable<K, D>::getEntryPtr(const K& key) {
   if (!enabled) {
@@ -138,13 +132,10 @@ typename VX_HashTable<K, D>::Entry* VX_HashTable<K, D>::getEntryPtr(const K& key
   Bucket* list = bucketOf(key, 316);
   if (!list) return nullptr;
   bool owner = list->lock() == VX_RET_TRUE;
-  unsigned int outer = 0;
-  bool hadCursor = !owner && list->getCurIndex(outer) == VX_RET_TRUE;
-  Entry* found = list->seekCur([&](const Entry& e) { return e.key == key; });
-  if (owner)
-    list->unlock();
-  else if (hadCursor)
-    list->setCurIndex(outer);
+  Entry* found = nullptr;
+  for (VX_LNode<Entry>* node = list->head; node && !found; node = node->next)
+    if (node->data.key == key) found = &node->data;
+  if (owner) list->unlock();
   return found;
 }
 
@@ -201,7 +192,10 @@ VX_RET_STATUS VX_HashTable<K, D>::getEntryData(const K& key, D& data) {
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 399);
   Entry* e = getEntryPtr(key);
   if (!e) return VX_RET_FALSE;
-  data = e->data;
+  // Copied aside and exchanged in, so a failed copy leaves `data` as it was.
+  D copy(e->data);
+  if (!VX_copyTook(copy, e->data, 0)) return VX_reportFail(VX_RET_ERR_MEM, VX_HASH_IMPL_FILE, 399);
+  VX_swapElems(data, copy);
   return VX_RET_TRUE;
 }
 
@@ -211,7 +205,11 @@ VX_RET_STATUS VX_HashTable<K, D>::setEntryData(const K& key, const D& data) {
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_HASH_IMPL_FILE, 419);
   Entry* e = getEntryPtr(key);
   if (!e) return VX_RET_FALSE;
-  if (&e->data != &data) e->data = data;
+  if (&e->data == &data) return VX_RET_TRUE;
+  // Copied aside and exchanged in, so a failed copy leaves the entry as it was.
+  D copy(data);
+  if (!VX_copyTook(copy, data, 0)) return VX_reportFail(VX_RET_ERR_MEM, VX_HASH_IMPL_FILE, 419);
+  VX_swapElems(e->data, copy);
   return VX_RET_TRUE;
 }
 

@@ -12,9 +12,10 @@
 template <class T>
 VX_RET_STATUS VX_OrdContainer<T>::insElem(VX_INS_METHOD method, unsigned int index, const T& elem) {
   VX_setUserError(0);
-  // `elem` may be an element of this very container, which the insertion can move.
+  // `elem` may be an element of this very container, which the insertion can move; the copy
+  // is made before anything changes, so a copy that fails leaves the container as it was.
   T value{};
-  value = elem;
+  if (!VX_assignElem(value, elem)) return VX_reportFail(VX_RET_ERR_MEM, VX_ITERATOR_IMPL_FILE, __LINE__);
   // At or past the end the element is appended: the new slot is asked for after the last
   // element, where every container puts it, and is the one written. The sink behind an
   // out-of-range index is never written.
@@ -26,7 +27,7 @@ VX_RET_STATUS VX_OrdContainer<T>::insElem(VX_INS_METHOD method, unsigned int ind
   }
   VX_RET_STATUS st = insElems(method, index, 1);
   if (st != VX_RET_TRUE) return st;  // an error, or VX_RET_FALSE: nothing was inserted
-  (*this)[at] = value;
+  VX_swapElems((*this)[at], value);  // moves the copy in: cannot fail
   return VX_RET_TRUE;
 }
 
@@ -56,11 +57,15 @@ VX_RET_STATUS VX_OrdContainer<T>::addElems(VX_OrdContainer<T>& src, unsigned cha
     }
     return VX_RET_TRUE;
   }
+  unsigned int first = slot;
   unsigned int end = slot + count;
   if (end > this->numElems()) end = this->numElems();  // a container that grew less
   for (unsigned int i = 0; i < srcCount && slot < end; ++i) {
     if (!allowDuplicates && this->hasElem(src[i])) continue;
-    (*this)[slot++] = src[i];
+    if (!VX_assignElem((*this)[slot++], src[i])) {
+      delElems(first, this->numElems() - first);  // takes the new slots out again
+      return VX_reportFail(VX_RET_ERR_MEM, VX_ITERATOR_IMPL_FILE, __LINE__);
+    }
   }
   return VX_RET_TRUE;
 }

@@ -52,6 +52,8 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   VX_RET_STATUS delElem(const T& elem) override;
   VX_RET_STATUS delAll() override;
   T& operator[](unsigned int index) override;
+  // Reading needs no cursor, so a const list reads its elements (same reports and sink).
+  const T& operator[](unsigned int index) const;
   // Nothing is inserted when `index` is past the end (VX_RET_FALSE).
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
   VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
@@ -81,6 +83,8 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   typedef VX_LNode<T> Node;
   template <class U>
   friend class VX_VCArray;
+  template <class K, class D>
+  friend class VX_HashTable;  // looks keys up along the chain without moving the cursor
 
   void initDataMembers();
   VX_RET_STATUS cleanupDataMembers();

@@ -374,6 +374,11 @@ VX_RET_STATUS VX_LList<T>::delAll() {
 
 template <class T>
 T& VX_LList<T>::operator[](unsigned int index) {
+  return const_cast<T&>(static_cast<const VX_LList<T>&>(*this)[index]);
+}
+
+template <class T>
+const T& VX_LList<T>::operator[](unsigned int index) const {
   VX_setUserError(0);
   if (!enabled || !this->nElems) {
     VX_reportErrorMsg(VX_LIST_IMPL_FILE, 423, "VX_LList: element access", "Linked list is empty");

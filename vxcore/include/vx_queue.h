@@ -8,7 +8,8 @@
 // growable one opens `growBy` slots at the ring's write position and moves its read
 // position along when the oldest elements lie behind it, so the order stays first in,
 // first out. get on an empty queue yields the sink VX_NULL_PTR without a report. A storage
-// that cannot be made leaves the queue disabled.
+// that cannot be made leaves the queue disabled; a put whose copy of the element fails
+// returns VX_RET_ERR_MEM and adds nothing.
 template <class T>
 class VX_API VX_Queue : public VX_AdapterStore<T> {
  public:

@@ -52,7 +52,7 @@ VX_RET_STATUS VX_Queue<T>::put(const T& elem) {
     // `elem` may be held; the new slots open at the write position and what lies behind
     // them moves up, so it is copied first.
     T value{};
-    value = elem;
+    if (!VX_assignElem(value, elem)) return VX_reportFail(VX_RET_ERR_MEM, VX_QUEUE_IMPL_FILE, 242);
     unsigned int t = tail ? tail : this->getSize();  // the ring's end when tail wrapped to 0
     VX_RET_STATUS st = this->grow(t - 1, growBy);
     if (st > 2) return st;
@@ -64,7 +64,7 @@ VX_RET_STATUS VX_Queue<T>::put(const T& elem) {
     return put(value);
   }
   if (!this->num) head = tail = 0;
-  this->slot(tail) = elem;
+  if (!VX_assignElem(this->slot(tail), elem)) return VX_reportFail(VX_RET_ERR_MEM, VX_QUEUE_IMPL_FILE, 242);
   if (++tail == this->getSize()) tail = 0;
   ++this->num;
   return VX_RET_TRUE;

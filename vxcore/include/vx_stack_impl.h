@@ -52,7 +52,7 @@ VX_RET_STATUS VX_Stack<T>::push(const T& elem) {
     VX_RET_STATUS st = this->grow(n ? n - 1 : 0, growBy);
     if (st > 2) return st;
   }
-  this->slot(n) = elem;
+  if (!VX_assignElem(this->slot(n), elem)) return VX_reportFail(VX_RET_ERR_MEM, VX_STACK_IMPL_FILE, 222);
   this->num = n + 1;
   return VX_RET_TRUE;
 }
@@ -65,10 +65,15 @@ T& VX_Stack<T>::pop() {
 }
 
 template <class T>
-T& VX_Stack<T>::peek(unsigned int i) {
+const T& VX_Stack<T>::peek(unsigned int i) const {
   VX_setUserError(0);
   if (this->isEmpty() || i >= this->num) return VX_nullRef<T>();
   return this->slot(i);
+}
+
+template <class T>
+T& VX_Stack<T>::peek(unsigned int i) {
+  return const_cast<T&>(static_cast<const VX_Stack<T>&>(*this).peek(i));
 }
 
 template <class T>

@@ -30,8 +30,10 @@ struct VX_VCARR_LLIST_REC {
 // operation copies more than one block's elements. Emptied blocks are removed. The blocks
 // and their chain are owned. A zero block size or a failed allocation at construction
 // leaves the array disabled (every operation then reports VX_RET_ERR_OBJ); a failed
-// allocation later returns VX_RET_ERR_MEM with the elements as they were. Access by index
-// walks the chain from its nearer end. Not copyable.
+// allocation, or a failed copy of an element handed in, later returns VX_RET_ERR_MEM with the
+// elements as they were. Held elements move by exchange, never by copies that could fail.
+// Access by index starts from the block reached last (or the nearer end of the chain), so
+// reading in order or near the last access costs no walk. Not copyable.
 template <class T>
 class VX_API VX_VCArray : public VX_IndContainer<T> {
  public:
@@ -40,10 +42,26 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   VX_VCArray(const VX_VCArray&) = delete;
   VX_VCArray& operator=(const VX_VCArray&) = delete;
 
-  T& operator[](unsigned int index) override;
+  T& operator[](unsigned int index) override { return const_cast<T&>(readAt(index)); }
+  // Reading needs no cursor, so a const array reads its elements (same reports and sink).
+  const T& operator[](unsigned int index) const { return readAt(index); }
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
   VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
-  VX_RET_STATUS appendElem(const T& elem) override;
+  // Fills the last block's free room (written here so that this costs no call), else starts
+  // a new block. No held element moves, so `elem` may be one of them, and the cursor stays.
+  VX_RET_STATUS appendElem(const T& elem) override {
+    VX_setUserError(0);
+    Node* last = enabled ? blocks->tail : nullptr;
+    if (!last || last->data.count >= blockSize) return appendToNewBlock(elem);
+    T& slot = last->data.block->data[last->data.count];
+    if (!VX_assignElem(slot, elem)) {
+      VX_clearElem(slot);
+      return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, 1966);
+    }
+    ++last->data.count;
+    ++this->nElems;
+    return VX_RET_TRUE;
+  }
   VX_RET_STATUS preappendElem(const T& elem) override;
   VX_RET_STATUS delAll() override;
   unsigned char objIsEnabled() const override { return enabled; }
@@ -76,11 +94,27 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
 
   VX_RET_STATUS initDataMembers();
   VX_RET_STATUS cleanupDataMembers();
+  VX_RET_STATUS appendToNewBlock(const T& elem);
   // Adds `n` default elements at the end in new blocks, full but for the last.
   VX_RET_STATUS append(unsigned int n);
-  // The block holding element `index`, its number and the offset inside it; null past the
-  // end.
-  Node* mapIndex(unsigned int index, unsigned int& blockNo, unsigned int& offset);
+  // The block holding element `index` and the offset inside it; null past the end. Walks
+  // from the nearest of the head, the tail and the block reached last, and remembers the
+  // block it reaches.
+  Node* mapIndex(unsigned int index, unsigned int& offset) const;
+  // Forgets the block reached last: the chain or the counts before it changed.
+  void forgetHint() const {
+    hint = nullptr;
+    hintAt = hintCount = 0;
+    hintSlots = nullptr;
+  }
+  // Element access: the block reached last answers at once when it holds the index (kept
+  // inline so that reading in order costs no call); elemAt maps and reports otherwise.
+  const T& readAt(unsigned int index) const {
+    VX_setUserError(0);
+    if (index - hintAt < hintCount && index >= hintAt) return hintSlots[index - hintAt];
+    return elemAt(index);
+  }
+  const T& elemAt(unsigned int index) const;
   // A new block array of blockSize cleared slots, or null.
   VX_Array<T>* newBlockArray();
   // Appends to `chain` records holding `elems` slots, full blocks first; VX_RET_ERR_MEM
@@ -100,6 +134,10 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   unsigned int blockSize;
   VX_LList<Rec>* blocks;
   unsigned char rawMemory;
+  mutable Node* hint;              // the block reached last by mapIndex, or null
+  mutable unsigned int hintAt;     // the index of its first element
+  mutable unsigned int hintCount;  // its used slots (0 without a hint)
+  mutable T* hintSlots;            // its slots
 };
 
 #define VX_VCARRAY_DECLARED

@@ -53,6 +53,27 @@ bool keyText(const VX_Var& v, char* buf, size_t n, const char*& text, unsigned l
   }
 }
 
+// The strong hash: FNV-1a over the bytes, then a full 64-bit avalanche so that keys which
+// differ only in their last characters land far apart, reduced to [0, size) by the high half
+// of a 64-bit product (no division).
+uint64_t strongBytes(const char* text) {
+  uint64_t h = 0xcbf29ce484222325ULL;
+  for (const unsigned char* c = reinterpret_cast<const unsigned char*>(text); *c; ++c) {
+    h ^= *c;
+    h *= 0x100000001b3ULL;
+  }
+  h ^= h >> 33;
+  h *= 0xff51afd7ed558ccdULL;
+  h ^= h >> 33;
+  h *= 0xc4ceb9fe1a85ec53ULL;
+  h ^= h >> 33;
+  return h;
+}
+
+unsigned int strongBucket(const char* text, unsigned int size) {
+  return static_cast<unsigned int>(((strongBytes(text) & 0xffffffffULL) * size) >> 32);
+}
+
 // Large enough for every printed kind ("%lf" of the largest double is 316 characters).
 enum : size_t { keyTextSize = 512 };
 
@@ -78,7 +99,7 @@ unsigned int VX_defHashFuncVarKey(const VX_Var& key, unsigned int size) {
 // element's contribution comes from the unrounded value.
 unsigned int VX_defHashFuncVarArrKey(const VX_VarArr& key, unsigned int size) {
   VX_setUserError(0);
-  VX_VarArr& arr = const_cast<VX_VarArr&>(key);
+  const VX_Array<VX_Var>& arr = key;
   if (!size) return size;
   float acc = 0.0f;
   uint32_t sum = 0;
@@ -91,4 +112,21 @@ unsigned int VX_defHashFuncVarArrKey(const VX_VarArr& key, unsigned int size) {
     sum += scaled(h, size);
   }
   return sum % size;
+}
+
+unsigned int VX_strongHashFuncStringKey(const VX_String& key, unsigned int size) {
+  VX_setUserError(0);
+  const char* text = key;
+  if (!text || !size) return size;
+  return strongBucket(text, size);
+}
+
+// Hashes the same text as VX_defHashFuncVarKey, so keys that the table finds equal (the
+// integer 65 and the text "65") still share a bucket.
+unsigned int VX_strongHashFuncVarKey(const VX_Var& key, unsigned int size) {
+  VX_setUserError(0);
+  char buf[keyTextSize];
+  const char* text = nullptr;
+  if (!keyText(key, buf, sizeof buf, text, __LINE__) || !text || !size) return size;
+  return strongBucket(text, size);
 }
