@@ -123,19 +123,12 @@ class VX_API VX_PubArg : public VX_VarArr {
   int32_t argOption;
 };
 
-// The interface classes are declared (and marked for export) before the specialisation below
-// instantiates the array class, since an export mark must come before a class is defined.
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_PubArg)
-
-// Arrays of arguments move their elements whole (copy), not by value assignment, so that
-// growing an array never strips the descriptions of the arguments already in it. An element
-// handed to appendElem or setCurElem is still taken by operator= (its value only): build
-// arrays with VX_buildArgsFromPubArgMap or VX_copyPubArgArr, or copy() into a made slot.
-template <>
-void VX_Array<VX_PubArg>::copyElems(VX_PubArg* dst, const VX_PubArg* src, unsigned int count) const;
-
-// VX_PubArg is itself exported, so both compilers export this instantiation unmarked.
-extern template class VX_Array<VX_PubArg>;
+// Arrays move the arguments they hold by exchange, so growing or shifting an array keeps every
+// argument whole. An element handed to appendElem or setCurElem is taken by operator= (its
+// value only): build arrays with VX_buildArgsFromPubArgMap or VX_copyPubArgArr, or copy() into
+// a made slot.
+extern template class VX_API VX_Array<VX_PubArg>;
 
 // One static declaration of an argument. Tables of rows end with a row of type 0. Pointer
 // fields are pointer-sized; the flags are 8-bit booleans in 32-bit slots.

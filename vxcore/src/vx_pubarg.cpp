@@ -322,11 +322,6 @@ VX_RET_STATUS VX_PubArg::unpack(VX_Version& version, char* buffer, unsigned int&
 
 // ---- arrays of arguments -------------------------------------------------------------------
 
-template <>
-void VX_Array<VX_PubArg>::copyElems(VX_PubArg* dst, const VX_PubArg* src, unsigned int count) const {
-  for (unsigned int i = 0; i < count; ++i) dst[i].copy(src[i]);
-}
-
 VX_RET_STATUS VX_buildArgsFromPubArgMap(const VX_PubArgMap* map, VX_Array<VX_PubArg>& args) {
   VX_setUserError(0);
   VX_RET_STATUS st = args.delAll();
