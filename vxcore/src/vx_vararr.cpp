@@ -166,7 +166,14 @@ VX_RET_STATUS VX_VarArr::insArr(VX_INS_METHOD method, unsigned index, VX_VarArr&
   VX_RET_STATUS st = insElems(method, index, n);
   if (st > 2) return st;
   unsigned first = before == 0 ? 0 : method == VX_INS_BEFORE ? index : index + 1;
-  for (unsigned k = 0; k < n; ++k) at(first + k) = other.at(k);
+  // A copy that did not take (memory ran out) takes the new slots out again, so the array
+  // is left as it was.
+  for (unsigned k = 0; k < n; ++k) {
+    if (!VX_assignElem(at(first + k), other.at(k))) {
+      delElems(first, n);
+      return VX_FAIL(VX_RET_ERR_MEM);
+    }
+  }
   return VX_RET_TRUE;
 }
 
