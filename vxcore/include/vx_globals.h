@@ -33,7 +33,11 @@ VX_EXTERN_C VX_API VX_Reporter* VX_defReporter;        // default reporter made 
 
 VX_EXTERN_C VX_API VX_RET_STATUS VX_getStatusCode(void);
 VX_EXTERN_C VX_API void VX_clearStatusCode(void);
-VX_EXTERN_C VX_API void VX_setUserError(int code);
+// The user-error cell. Every operation clears it on entry, including the container operations
+// that hosts compile from the template headers, so setting it is inline: a store, not a call.
+// The library still exports VX_setUserError under its plain name for every other caller.
+VX_EXTERN_C VX_API int VX_userError;
+VX_EXTERN_C VX_API inline void VX_setUserError(int code) { VX_userError = code; }
 // Clears the user-error cell and returns 0, always; it never hands back the stored code.
 VX_EXTERN_C VX_API int VX_getUserError(void);
 

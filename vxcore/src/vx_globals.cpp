@@ -11,9 +11,12 @@ VX_BaseReporter* VX_msgReporter = nullptr;
 VX_Reporter* VX_defReporter = nullptr;
 VX_NullSink VX_NULL_PTR = {};
 
-namespace {
+int VX_userError = 0;
 
-int userError = 0;
+// The inline VX_setUserError is also emitted here, so the library exports it by name.
+[[gnu::used]] static void (*const keepSetUserError)(int) = &VX_setUserError;
+
+namespace {
 
 struct CatalogueEntry {
   unsigned number;
@@ -108,15 +111,13 @@ VX_RET_STATUS VX_getStatusCode(void) { return static_cast<VX_RET_STATUS>(VX_stat
 
 void VX_clearStatusCode(void) { VX_statusCode = VX_RET_TRUE; }
 
-void VX_setUserError(int code) { userError = code; }
-
 int VX_getUserError(void) {
-  userError = 0;
+  VX_userError = 0;
   return 0;
 }
 
 VX_RET_STATUS VX_reportStatus(VX_RET_STATUS status, const char* file, unsigned line) {
-  userError = 0;
+  VX_userError = 0;
   VX_statusCode = status;
   if (!VX_msgReporter) return VX_RET_ERR_GEN;
   VX_msgReporter->reportStat(file, line, status, nullptr);
@@ -124,7 +125,7 @@ VX_RET_STATUS VX_reportStatus(VX_RET_STATUS status, const char* file, unsigned l
 }
 
 VX_RET_STATUS VX_reportErrorMsg(const char* file, unsigned line, const char* func, const char* format, ...) {
-  userError = 0;
+  VX_userError = 0;
   VX_statusCode = VX_RET_ERR_GEN;
   if (!VX_msgReporter) return VX_RET_ERR_GEN;
   va_list args;
@@ -135,7 +136,7 @@ VX_RET_STATUS VX_reportErrorMsg(const char* file, unsigned line, const char* fun
 }
 
 VX_RET_STATUS VX_reportWarningMsg(const char* file, unsigned line, const char* func, const char* format, ...) {
-  userError = 0;
+  VX_userError = 0;
   if (!VX_msgReporter) return VX_RET_ERR_GEN;
   va_list args;
   va_start(args, format);
@@ -145,7 +146,7 @@ VX_RET_STATUS VX_reportWarningMsg(const char* file, unsigned line, const char* f
 }
 
 VX_RET_STATUS VX_mesg(const char* title, const char* format, ...) {
-  userError = 0;
+  VX_userError = 0;
   if (!VX_msgReporter) return VX_RET_ERR_GEN;
   va_list args;
   va_start(args, format);
