@@ -9,6 +9,7 @@
 namespace {
 
 using S = std::vector<int>;
+using Events = std::vector<std::string>;
 
 // What the commands of a test did, in order: "+id" executed, "-id" undone, "~id" deleted.
 struct Journal {
@@ -37,10 +38,7 @@ class AddCmd : public VX_Command {
 
  private:
   VX_RET_STATUS run(int& fails, const char* tag, int change) {
-    if (fails > 0) {
-      --fails;
-      return VX_RET_ERR_USER;
-    }
+    if (fails > 0) return --fails, VX_RET_ERR_USER;
     j.document += change;
     j.events.push_back(tag + std::to_string(id));
     return VX_RET_TRUE;
@@ -54,8 +52,7 @@ struct ModelStack {
   int add(AddCmd* c) {
     cmds.resize(pos);
     cmds.push_back(c);
-    ++pos;
-    return VX_RET_TRUE;
+    return ++pos, VX_RET_TRUE;
   }
   // Predicts from the command's own failure counters, before the real call consumes them.
   int undo() {
@@ -65,9 +62,7 @@ struct ModelStack {
   }
   int redo() {
     if (pos >= cmds.size()) return VX_RET_FALSE;
-    if (cmds[pos]->failExecute > 0) return VX_RET_ERR_USER;
-    ++pos;
-    return VX_RET_TRUE;
+    return cmds[pos]->failExecute > 0 ? VX_RET_ERR_USER : (++pos, VX_RET_TRUE);
   }
 };
 
@@ -126,16 +121,15 @@ TEST(CmdStack, DiscardsTheRedoTailNewestFirstAndUndoMovesEvenWhenItFails) {
   EXPECT_EQ((S{stack.undo(), stack.undo()}), (S{VX_RET_TRUE, VX_RET_TRUE}));
   j.events.clear();
   EXPECT_EQ(stack.addCmd(new AddCmd(j, 3, 1)), VX_RET_TRUE);
-  EXPECT_EQ(j.events, (std::vector<std::string>{"~2", "~1"}));
+  EXPECT_EQ(j.events, (Events{"~2", "~1"}));
   EXPECT_EQ((S{int(stack.numCmds()), int(stack.getPosition()), stack.redoIsPossible()}), (S{2, 2, 0}));
 
   // A failing undo of the newest command still moves down, so the next redo runs it again.
   AddCmd* flaky = new AddCmd(j, 4, 10, 0, 1);
-  stack.addCmd(flaky);
-  j.events.clear();
+  stack.addCmd(flaky), j.events.clear();
   EXPECT_EQ((S{stack.undo(), int(stack.getPosition()), stack.redo(), int(stack.getPosition())}),
             (S{VX_RET_ERR_USER, 2, VX_RET_TRUE, 3}));
-  EXPECT_EQ(j.events, (std::vector<std::string>{"+4"}));
+  EXPECT_EQ(j.events, (Events{"+4"}));
   // A failing redo does not move.
   flaky->failExecute = 1;
   EXPECT_EQ((S{stack.undo(), stack.redo(), int(stack.getPosition()), stack.redo(), int(stack.getPosition())}),
@@ -144,7 +138,7 @@ TEST(CmdStack, DiscardsTheRedoTailNewestFirstAndUndoMovesEvenWhenItFails) {
   j.events.clear();
   EXPECT_EQ((S{stack.clearUndoStack(), int(stack.numCmds()), int(stack.getPosition()), stack.undo()}),
             (S{VX_RET_TRUE, 0, 0, VX_RET_FALSE}));
-  EXPECT_EQ(j.events, (std::vector<std::string>{"~4", "~3", "~0"}));
+  EXPECT_EQ(j.events, (Events{"~4", "~3", "~0"}));
   EXPECT_EQ(stack.addCmd(nullptr), VX_RET_ERR_ARG);
   EXPECT_EQ(rep.statuses(), S{VX_RET_ERR_ARG});
 }
@@ -156,42 +150,32 @@ TEST(CmdStack, UndoLimitDeletesTheOldestAndCleanMarkFollowsThePosition) {
   EXPECT_EQ((S{int(stack.getUndoLimit()), stack.isClean()}), (S{0, 1}));
   EXPECT_EQ(stack.setUndoLimit(3), VX_RET_TRUE);
   for (int id = 0; id < 5; ++id) stack.addCmd(new AddCmd(j, id, 1));
-  EXPECT_EQ(j.events, (std::vector<std::string>{"~0", "~1"}));
+  EXPECT_EQ(j.events, (Events{"~0", "~1"}));
   EXPECT_EQ((S{int(stack.numCmds()), int(stack.getPosition()), stack.isClean()}), (S{3, 3, 0}));
   j.events.clear();
   EXPECT_EQ((S{stack.undo(), stack.undo(), stack.undo(), stack.undo()}),
             (S{VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE, VX_RET_FALSE}));
-  EXPECT_EQ(j.events, (std::vector<std::string>{"-4", "-3", "-2"}));
+  EXPECT_EQ(j.events, (Events{"-4", "-3", "-2"}));
   // The limit counts done commands only: undone ones stay redoable.
-  stack.redo();
-  stack.redo();
-  stack.setClean();
+  stack.redo(), stack.redo(), stack.setClean();
   EXPECT_EQ((S{stack.setUndoLimit(1), int(stack.getPosition()), int(stack.numCmds()), stack.isClean(),
                stack.undo(), stack.isClean(), stack.redo(), stack.isClean(), stack.redo(), stack.isClean()}),
             (S{VX_RET_TRUE, 1, 2, 1, VX_RET_TRUE, 0, VX_RET_TRUE, 1, VX_RET_TRUE, 0}));
 
   // The mark is lost once the commands that lead back to it go: by the limit ...
-  stack.setUndoLimit(0);
-  stack.setClean();  // at 2 of 2
-  stack.setUndoLimit(1);
+  stack.setUndoLimit(0), stack.setClean(), stack.setUndoLimit(1);  // marked at 2 of 2
   EXPECT_EQ((S{int(stack.getPosition()), stack.undo(), stack.isClean(), stack.redo(), stack.isClean()}),
             (S{1, VX_RET_TRUE, 0, VX_RET_TRUE, 1}));
-  stack.setUndoLimit(0);
-  stack.undo();
+  stack.setUndoLimit(0), stack.undo();
   EXPECT_EQ(stack.isClean(), 0);
   stack.setUndoLimit(1);  // nothing done is dropped when position 0 is within it
   // ... or by a new command recorded over undone ones that held the mark.
-  stack.setClean();
-  stack.redo();
-  stack.setClean();
-  stack.undo();
+  stack.setClean(), stack.redo(), stack.setClean(), stack.undo();
   stack.addCmd(new AddCmd(j, 9, 1));
   EXPECT_EQ((S{stack.isClean(), stack.undo(), stack.isClean()}), (S{0, VX_RET_TRUE, 0}));
   // Emptying keeps the document's state: clean stays clean, modified stays modified.
   EXPECT_EQ((S{stack.clearUndoStack(), stack.isClean()}), (S{VX_RET_TRUE, 0}));
-  stack.setClean();
-  stack.addCmd(new AddCmd(j, 10, 1));
-  stack.undo();
+  stack.setClean(), stack.addCmd(new AddCmd(j, 10, 1)), stack.undo();
   EXPECT_EQ((S{stack.clearUndoStack(), stack.isClean()}), (S{VX_RET_TRUE, 1}));
   EXPECT_TRUE(rep.reports.empty());
 }
@@ -207,13 +191,9 @@ TEST(CmdStack, ComparesHistoriesAndRefusesCopies) {
       s.addCmd(c);
     }
   };
-  fill(a, 0);
-  fill(b, 10);
+  fill(a, 0), fill(b, 10);
   EXPECT_EQ((S{a == a, a == b, (b.undo(), a == b), (a.undo(), a == b)}), (S{1, 1, 0, 1}));
-  a.clearUndoStack();
-  EXPECT_EQ(a == b, 0);
-  a = b;
-  EXPECT_EQ((S{int(a.numCmds()), rep.count(VX_RET_ERR_NSUP)}), (S{0, 1}));
+  EXPECT_EQ((S{(a.clearUndoStack(), a == b), (a = b, int(a.numCmds())), rep.count(VX_RET_ERR_NSUP)}), (S{0, 0, 1}));
 }
 
 TEST(CmdStack, AllocationFailuresLeaveTheStackDisabledOrTheCommandWithItsCaller) {
@@ -253,11 +233,9 @@ TEST(Command, ArgumentsAreCopiedInOrderAndBoundsChecked) {
             (S{VX_RET_TRUE, 1, VX_RET_ERR_ARG, VX_RET_ERR_ARG}));
   // setCmd starts from an empty list; a null pointer stops the copy.
   EXPECT_EQ((S{c.setCmd(43, 3, &b, static_cast<VX_Var*>(nullptr), &a), int(c.numArgs())}), (S{VX_RET_ERR_ARG, 1}));
-  d.setCmd(43);
-  EXPECT_EQ((S{c == d, d.addArg(b), c == d, d.addArg(a), c == d}), (S{0, VX_RET_TRUE, 1, VX_RET_TRUE, 0}));
+  EXPECT_EQ((S{(d.setCmd(43), c == d), d.addArg(b), c == d, d.addArg(a), c == d}), (S{0, VX_RET_TRUE, 1, VX_RET_TRUE, 0}));
   static_cast<VX_Command&>(c) = d;
-  EXPECT_EQ((S{c == d, int(c.numArgs())}), (S{1, 2}));
-  EXPECT_EQ(rep.count(VX_RET_ERR_ARG), 3);
+  EXPECT_EQ((S{c == d, int(c.numArgs()), rep.count(VX_RET_ERR_ARG)}), (S{1, 2, 3}));
 
   // A copy that cannot allocate its text is not kept.
   int failures = vxtest::forEachAllocFailure([&](long) {
@@ -277,27 +255,21 @@ TEST(CommandMulti, RunsSubCommandsForwardBothWaysAndStopsAtTheFirstFailure) {
   VX_Var px(&x, nullptr), none(static_cast<void*>(nullptr), nullptr), py(&y, nullptr), pz(&z, nullptr);
   for (VX_Var* v : {&px, &none, &py}) multi.addArg(*v);
   EXPECT_EQ((S{multi.execute(), multi.undo()}), (S{VX_RET_TRUE, VX_RET_TRUE}));
-  EXPECT_EQ(j.events, (std::vector<std::string>{"+1", "+2", "-1", "-2"}));  // undo is not reversed
+  EXPECT_EQ(j.events, (Events{"+1", "+2", "-1", "-2"}));  // undo is not reversed
 
   // A failing sub-command stops the walk; what ran stays done.
-  multi.addArg(pz);
-  multi.addArg(px);
-  j.events.clear();
+  multi.addArg(pz), multi.addArg(px), j.events.clear();
   EXPECT_EQ((S{multi.execute(), j.document}), (S{VX_RET_ERR_USER, 3}));
-  EXPECT_EQ(j.events, (std::vector<std::string>{"+1", "+2"}));
+  EXPECT_EQ(j.events, (Events{"+1", "+2"}));
 
   // Inside a stack the multi-command is one step; it does not own its parts.
   VX_CmdStack stack;
   VX_CommandMulti* owned = new VX_CommandMulti;
-  owned->addArg(px);
-  owned->addArg(py);
-  stack.addCmd(owned);
-  j.events.clear();
+  owned->addArg(px), owned->addArg(py), stack.addCmd(owned), j.events.clear();
   EXPECT_EQ((S{stack.undo(), stack.redo()}), (S{VX_RET_TRUE, VX_RET_TRUE}));
-  EXPECT_EQ(j.events, (std::vector<std::string>{"-1", "-2", "+1", "+2"}));
+  EXPECT_EQ(j.events, (Events{"-1", "-2", "+1", "+2"}));
 
   VX_Var notAPointer(7);
   VX_CommandMulti bad;
-  bad.addArg(notAPointer);
-  EXPECT_EQ(bad.execute(), VX_RET_ERR_ARG);
+  EXPECT_EQ((bad.addArg(notAPointer), bad.execute()), VX_RET_ERR_ARG);
 }

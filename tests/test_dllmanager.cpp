@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "vx_file_test_support.h"
 #include "vx_test_support.h"
@@ -17,6 +18,8 @@
 #endif
 
 namespace {
+
+using L = std::vector<long>;  // the results of a sequence of calls, in order
 
 std::string module(const std::string& name) { return std::string(VXTEST_MODULE_DIR) + "/" + name + ".so"; }
 
@@ -60,13 +63,11 @@ class DllManager : public ::testing::Test {
 
 TEST_F(DllManager, CountsLoadsPerPathTextAndReleasesOnTheLastUnload) {
   const std::string good = module("good"), other = std::string(VXTEST_MODULE_DIR) + "/./good.so";
-  EXPECT_EQ(VX_dllEntryManagerInit(), VX_RET_FALSE);
-  EXPECT_EQ(VX_dllLoad(good.c_str()), VX_RET_TRUE);
-  EXPECT_EQ(VX_dllLoad(good.c_str()), VX_RET_TRUE);
-  EXPECT_EQ(VX_dllLoad(other.c_str()), VX_RET_TRUE);  // another spelling: another record and load
+  // Another spelling: another record and load, though the system shares one module between the two.
+  EXPECT_EQ((L{VX_dllEntryManagerInit(), VX_dllLoad(good.c_str()), VX_dllLoad(good.c_str()), VX_dllLoad(other.c_str())}),
+            (L{VX_RET_FALSE, VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE}));
   void* h = handleOf(good);
-  EXPECT_NE(h, nullptr);
-  EXPECT_EQ(handleOf(other), h);  // the system shares one module between the two loads
+  EXPECT_TRUE(h != nullptr && handleOf(other) == h);
 
   void* proc = nullptr;
   ASSERT_EQ(VX_dllGetProcAddress(good.c_str(), "VX_getPMF", &proc), VX_RET_TRUE);
@@ -75,23 +76,16 @@ TEST_F(DllManager, CountsLoadsPerPathTextAndReleasesOnTheLastUnload) {
   EXPECT_EQ(proc, nullptr);
   EXPECT_NE(std::string(VX_dllGetLastError()).find("vxtest_absent"), std::string::npos) << VX_dllGetLastError();
 
-  EXPECT_EQ(VX_dllUnload(good.c_str()), VX_RET_TRUE);  // count 2 -> 1
-  EXPECT_EQ(handleOf(good), h);
-  EXPECT_EQ(VX_dllUnload(other.c_str()), VX_RET_TRUE);
-  EXPECT_TRUE(isLoaded(good));
-  EXPECT_EQ(VX_dllUnload(good.c_str()), VX_RET_TRUE);  // the last one lets go
-  EXPECT_FALSE(isLoaded(good));
-  EXPECT_EQ(VX_dllGetHandle(good.c_str(), &h), VX_RET_FALSE);
-  EXPECT_EQ(h, nullptr);
-  EXPECT_EQ(VX_dllUnload(good.c_str()), VX_RET_FALSE);  // no longer loaded
-  EXPECT_EQ(VX_dllUnload(module("never").c_str()), VX_RET_FALSE);
+  // Counts 2 -> 1, the other spelling, then the last one lets go.
+  EXPECT_EQ((L{VX_dllUnload(good.c_str()), handleOf(good) == h, VX_dllUnload(other.c_str()), isLoaded(good),
+               VX_dllUnload(good.c_str()), isLoaded(good), VX_dllGetHandle(good.c_str(), &h), h == nullptr,
+               VX_dllUnload(good.c_str()), VX_dllUnload(module("never").c_str())}),
+            (L{VX_RET_TRUE, 1, VX_RET_TRUE, 1, VX_RET_TRUE, 0, VX_RET_FALSE, 1, VX_RET_FALSE, VX_RET_FALSE}));
 
   // A bare name is the file of the current directory, not one looked for along the library path.
   const std::string cwd = std::filesystem::current_path();
   ASSERT_EQ(chdir(VXTEST_MODULE_DIR), 0);
-  EXPECT_EQ(VX_dllLoad("good.so"), VX_RET_TRUE);
-  EXPECT_TRUE(isLoaded(good));
-  EXPECT_EQ(VX_dllUnload("good.so"), VX_RET_TRUE);
+  EXPECT_EQ((L{VX_dllLoad("good.so"), isLoaded(good), VX_dllUnload("good.so")}), (L{VX_RET_TRUE, 1, VX_RET_TRUE}));
   ASSERT_EQ(chdir(cwd.c_str()), 0);
   EXPECT_FALSE(isLoaded(good));
   EXPECT_TRUE(reporter.reports.empty());
@@ -99,13 +93,11 @@ TEST_F(DllManager, CountsLoadsPerPathTextAndReleasesOnTheLastUnload) {
 
 TEST_F(DllManager, NullPathsAreQuietMissingFilesAndRefusedModulesAnswerFalseWithTheReason) {
   void* h = reinterpret_cast<void*>(1);
-  EXPECT_EQ(VX_dllLoad(nullptr), VX_RET_ERR_ARG);
-  EXPECT_EQ(VX_dllUnload(nullptr), VX_RET_ERR_ARG);
-  EXPECT_EQ(VX_dllGetHandle(nullptr, &h), VX_RET_ERR_ARG);
-  EXPECT_EQ(h, nullptr);
-  EXPECT_EQ(VX_dllGetProcAddress(nullptr, "VX_getPMF", &h), VX_RET_ERR_ARG);
-  EXPECT_EQ(VX_dllGetProcAddress(module("good").c_str(), "VX_getPMF", nullptr), VX_RET_ERR_ARG);
-  EXPECT_EQ(VX_dllLoad(module("missing").c_str()), VX_RET_FALSE);
+  const long arg = VX_RET_ERR_ARG;
+  EXPECT_EQ((L{VX_dllLoad(nullptr), VX_dllUnload(nullptr), VX_dllGetHandle(nullptr, &h), h == nullptr,
+               VX_dllGetProcAddress(nullptr, "VX_getPMF", &h),
+               VX_dllGetProcAddress(module("good").c_str(), "VX_getPMF", nullptr), VX_dllLoad(module("missing").c_str())}),
+            (L{arg, arg, arg, 1, arg, arg, VX_RET_FALSE}));
   EXPECT_TRUE(reporter.reports.empty());
 
   vxtest::TempDir tmp;
@@ -122,40 +114,31 @@ TEST_F(DllManager, NullPathsAreQuietMissingFilesAndRefusedModulesAnswerFalseWith
 
   VX_dllEntryManagerClose();
   reporter.clear();
-  EXPECT_EQ(VX_dllUnload(module("good").c_str()), VX_RET_ERR_OBJ);
-  EXPECT_EQ(VX_dllGetHandle(module("good").c_str(), &h), VX_RET_ERR_OBJ);
-  EXPECT_EQ(VX_dllUnloadAll(), VX_RET_ERR_OBJ);
-  EXPECT_EQ(VX_dllEntryManagerClose(), VX_RET_TRUE);  // reports the missing table, still succeeds
-  EXPECT_EQ(reporter.count(VX_RET_ERR_OBJ), 4);
-  // A load starts the manager itself.
-  EXPECT_EQ(VX_dllLoad(module("good").c_str()), VX_RET_TRUE);
-  EXPECT_EQ(VX_dllEntryManagerInit(), VX_RET_FALSE);
+  // Closing again reports the missing table and still succeeds; a load starts the manager itself.
+  EXPECT_EQ((L{VX_dllUnload(module("good").c_str()), VX_dllGetHandle(module("good").c_str(), &h), VX_dllUnloadAll(),
+               VX_dllEntryManagerClose(), reporter.count(VX_RET_ERR_OBJ), VX_dllLoad(module("good").c_str()),
+               VX_dllEntryManagerInit()}),
+            (L{VX_RET_ERR_OBJ, VX_RET_ERR_OBJ, VX_RET_ERR_OBJ, VX_RET_TRUE, 4, VX_RET_TRUE, VX_RET_FALSE}));
 }
 
 TEST_F(DllManager, UnloadAllReleasesEachModuleOnceAndKeepsItsRecord) {
   const std::string good = module("good"), noClose = module("no_close");
   for (const std::string* p : {&good, &good, &noClose}) ASSERT_EQ(VX_dllLoad(p->c_str()), VX_RET_TRUE);
   void* h = handleOf(good);
-  EXPECT_EQ(VX_dllUnloadAll(), VX_RET_TRUE);
-  EXPECT_FALSE(isLoaded(good));
-  EXPECT_FALSE(isLoaded(noClose));
-  EXPECT_EQ(handleOf(good), h);  // the released handle is still answered
   void* proc = reinterpret_cast<void*>(1);
-  EXPECT_EQ(VX_dllGetProcAddress(good.c_str(), "VX_getPMF", &proc), VX_RET_FALSE);
-  EXPECT_EQ(proc, nullptr);
+  // The released handle is still answered, its entry points no longer.
+  EXPECT_EQ((L{VX_dllUnloadAll(), isLoaded(good), isLoaded(noClose), handleOf(good) == h,
+               VX_dllGetProcAddress(good.c_str(), "VX_getPMF", &proc), proc == nullptr}),
+            (L{VX_RET_TRUE, 0, 0, 1, VX_RET_FALSE, 1}));
   EXPECT_NE(std::string(VX_dllGetLastError()).find("released"), std::string::npos);
 
-  // Loading again only raises the count of the kept record; nothing reaches the system.
-  EXPECT_EQ(VX_dllLoad(good.c_str()), VX_RET_TRUE);
-  EXPECT_FALSE(isLoaded(good));
-  EXPECT_EQ(VX_dllUnloadAll(), VX_RET_TRUE);  // the dead handles are not released twice
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(VX_dllUnload(good.c_str()), VX_RET_TRUE);
-  EXPECT_EQ(VX_dllGetHandle(good.c_str(), &h), VX_RET_FALSE);
-  // A fresh load of the path now really loads it.
-  EXPECT_EQ(VX_dllLoad(good.c_str()), VX_RET_TRUE);
-  EXPECT_TRUE(isLoaded(good));
-  EXPECT_EQ(VX_dllEntryManagerClose(), VX_RET_TRUE);
-  EXPECT_FALSE(isLoaded(good));
+  // Loading again only raises the count of the kept record; nothing reaches the system, and the
+  // dead handles are not released twice. Once the record goes, a fresh load really loads.
+  EXPECT_EQ((L{VX_dllLoad(good.c_str()), isLoaded(good), VX_dllUnloadAll(), VX_dllUnload(good.c_str()),
+               VX_dllUnload(good.c_str()), VX_dllUnload(good.c_str()), VX_dllGetHandle(good.c_str(), &h),
+               VX_dllLoad(good.c_str()), isLoaded(good), VX_dllEntryManagerClose(), isLoaded(good)}),
+            (L{VX_RET_TRUE, 0, VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE, VX_RET_FALSE, VX_RET_TRUE, 1,
+               VX_RET_TRUE, 0}));
   EXPECT_TRUE(reporter.reports.empty());
 }
 
@@ -238,15 +221,14 @@ TEST_F(DllManager, PublicLoadRefusesModulesLackingAnEntryPointAndLeavesThemUnloa
   for (const auto& [name, entryPoint] : lacking) {
     reporter.clear();
     const std::string path = module(name);
-    EXPECT_EQ(VX_loadPublicWinDll(path.c_str(), entry), VX_RET_ERR_GEN) << name;
+    EXPECT_EQ((L{VX_loadPublicWinDll(path.c_str(), entry), entry == VX_WinDllEntryStruct(), isLoaded(path)}),
+              (L{VX_RET_ERR_GEN, 1, 0})) << name;
     ASSERT_EQ(reporter.reports.size(), 2u) << name;
-    EXPECT_EQ(reporter.reports[0].func, "Error message");
-    EXPECT_EQ(reporter.reports[0].text, path + " is not a valid MPK (or dependencies are missing)");
-    EXPECT_EQ(reporter.reports[1].kind, vxtest::Report::Error);
-    EXPECT_NE(reporter.reports[1].text.find(entryPoint), std::string::npos) << reporter.reports[1].text;
-    EXPECT_EQ(reporter.reports[1].file, ".\\src\\vx_pubdynamiclib");
-    EXPECT_TRUE(entry == VX_WinDllEntryStruct());
-    EXPECT_FALSE(isLoaded(path)) << name;
+    const auto& r = reporter.reports;
+    EXPECT_EQ((std::vector<std::string>{r[0].func, r[0].text, r[1].file}),
+              (std::vector<std::string>{"Error message", path + " is not a valid MPK (or dependencies are missing)",
+                                        ".\\src\\vx_pubdynamiclib"}));
+    EXPECT_TRUE(r[1].kind == vxtest::Report::Error && r[1].text.find(entryPoint) != std::string::npos) << r[1].text;
   }
 
   reporter.clear();
@@ -276,35 +258,26 @@ TEST_F(DllManager, PublicInitAndCloseRunTheEntriesAndReleaseTheModule) {
   const std::string good = module("good"), fails = module("init_fails");
   VX_WinDllEntryStruct entry;
   ASSERT_EQ(VX_loadPublicWinDll(good.c_str(), entry), VX_RET_TRUE);
-  EXPECT_NE(entry.handle, nullptr);
-  EXPECT_EQ(entry.getPMF(), 7u);
-  EXPECT_EQ(VX_initPublicWinDll(entry), VX_RET_TRUE);
-  EXPECT_TRUE(isLoaded(good));
-  EXPECT_EQ(VX_closePublicWinDll(entry), VX_RET_TRUE);
+  EXPECT_EQ((L{entry.handle != nullptr, long(entry.getPMF()), VX_initPublicWinDll(entry), isLoaded(good),
+               VX_closePublicWinDll(entry), isLoaded(good), entry.handle == nullptr}),
+            (L{1, 7, VX_RET_TRUE, 1, VX_RET_TRUE, 0, 1}));
   EXPECT_EQ(moduleLog(), "init;close;");
-  EXPECT_FALSE(isLoaded(good));
-  EXPECT_EQ(entry.handle, nullptr);
 
   // An initialiser's failure is passed up unchanged and lets the module go.
   ASSERT_EQ(VX_loadPublicWinDll(fails.c_str(), entry), VX_RET_TRUE);
-  EXPECT_EQ(VX_initPublicWinDll(entry), VX_RET_ERR_USER);
-  EXPECT_EQ(entry.handle, nullptr);
-  EXPECT_FALSE(isLoaded(fails));
+  EXPECT_EQ((L{VX_initPublicWinDll(entry), entry.handle == nullptr, isLoaded(fails)}), (L{VX_RET_ERR_USER, 1, 0}));
   EXPECT_TRUE(reporter.reports.empty());
 
   // Without an initialiser the module goes; without a shutdown entry it stays loaded.
   ASSERT_EQ(VX_loadPublicWinDll(good.c_str(), entry), VX_RET_TRUE);
   VX_WinDllEntryStruct noInit = entry;
   noInit.initPublicModule = nullptr;
-  EXPECT_EQ(VX_initPublicWinDll(noInit), VX_RET_ERR_ARG);
-  EXPECT_FALSE(isLoaded(good));
+  EXPECT_EQ((L{VX_initPublicWinDll(noInit), isLoaded(good)}), (L{VX_RET_ERR_ARG, 0}));
   ASSERT_EQ(VX_loadPublicWinDll(good.c_str(), entry), VX_RET_TRUE);
   VX_WinDllEntryStruct noClose = entry;
   noClose.closePublicModule = nullptr;
-  EXPECT_EQ(VX_closePublicWinDll(noClose), VX_RET_ERR_ARG);
-  EXPECT_TRUE(isLoaded(good));
-  EXPECT_EQ(VX_closePublicWinDll(entry), VX_RET_TRUE);
-  EXPECT_FALSE(isLoaded(good));
+  EXPECT_EQ((L{VX_closePublicWinDll(noClose), isLoaded(good), VX_closePublicWinDll(entry), isLoaded(good)}),
+            (L{VX_RET_ERR_ARG, 1, VX_RET_TRUE, 0}));
   EXPECT_EQ(reporter.count(VX_RET_ERR_ARG), 2);
 }
 

@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "vx_test_component.h"
 #include "vx_test_support.h"
@@ -21,6 +22,8 @@ class Factory : public ::testing::Test {
     EXPECT_EQ(TestGauge::live, 0);
   }
 };
+
+using L = std::vector<long>;  // the results of a sequence of calls, in order
 
 VX_RET_STATUS nullCreatorEntry(VX_PubInterface& iface) {
   iface.create = [](VX_Array<VX_PubArg>&) -> VX_PublicClass* { return nullptr; };
@@ -40,55 +43,48 @@ const VX_PubArgMap kGaugeCreation[] = {
 
 TEST_F(Factory, RegistryLifeCycle) {
   CaptureReporter rep;
-  EXPECT_EQ(VX_classFactoryUnregisterAll(), VX_RET_ERR_OBJ);
-  EXPECT_EQ(VX_classFactoryUnregister(VX_Var(kGaugeGuid)), VX_RET_ERR_OBJ);
-  EXPECT_EQ(VX_classFactoryForEachClass(&collectGuid, nullptr), VX_RET_ERR_OBJ);
-  EXPECT_EQ(rep.count(VX_RET_ERR_OBJ), 3);
-  EXPECT_EQ(VX_classFactoryInit(), VX_RET_TRUE);
-  EXPECT_EQ(VX_classFactoryInit(), VX_RET_FALSE);
-  EXPECT_EQ(VX_classFactoryClose(), VX_RET_TRUE);
-  EXPECT_EQ(VX_classFactoryClose(), VX_RET_TRUE);
-  // The first registration makes the registry.
-  EXPECT_EQ(TestGauge::initPublicInterface(), VX_RET_TRUE);
-  EXPECT_EQ(VX_classFactoryRegister(VX_Var(kGaugeGuid), &nullCreatorEntry), VX_RET_FALSE);
-  VX_PublicClass* obj = VX_classFactoryCreateObj(kGaugeGuid);  // the first entry stays in force
-  ASSERT_NE(obj, nullptr);
-  EXPECT_EQ(VX_classFactoryDelObj(obj), VX_RET_TRUE);
-  EXPECT_EQ(VX_classFactoryRegister(VX_Var("OTHER"), &nullCreatorEntry), VX_RET_TRUE);
-  std::set<std::string> seen;
-  EXPECT_EQ(VX_classFactoryForEachClass(&collectGuid, &seen), VX_RET_TRUE);
-  EXPECT_EQ(seen, std::set<std::string>({kGaugeGuid, "OTHER"}));
-  EXPECT_EQ(VX_classFactoryUnregister(VX_Var("OTHER")), VX_RET_TRUE);
-  EXPECT_EQ(VX_classFactoryUnregister(VX_Var("OTHER")), VX_RET_FALSE);
-  EXPECT_EQ(VX_classFactoryUnregisterAll(), VX_RET_TRUE);
-  seen.clear();
-  EXPECT_TRUE(VX_classFactoryForEachClass(&collectGuid, &seen) == VX_RET_TRUE && seen.empty());
+  const long obj = VX_RET_ERR_OBJ, t = VX_RET_TRUE;
+  EXPECT_EQ((L{VX_classFactoryUnregisterAll(), VX_classFactoryUnregister(VX_Var(kGaugeGuid)),
+               VX_classFactoryForEachClass(&collectGuid, nullptr), rep.count(VX_RET_ERR_OBJ), VX_classFactoryInit(),
+               VX_classFactoryInit(), VX_classFactoryClose(), VX_classFactoryClose()}),
+            (L{obj, obj, obj, 3, t, VX_RET_FALSE, t, t}));
+  // The first registration makes the registry, and the first entry for a GUID stays in force.
+  EXPECT_EQ((L{TestGauge::initPublicInterface(), VX_classFactoryRegister(VX_Var(kGaugeGuid), &nullCreatorEntry)}),
+            (L{t, VX_RET_FALSE}));
+  VX_PublicClass* made = VX_classFactoryCreateObj(kGaugeGuid);
+  ASSERT_NE(made, nullptr);
+  std::set<std::string> seen, after;
+  EXPECT_EQ((L{VX_classFactoryDelObj(made), VX_classFactoryRegister(VX_Var("OTHER"), &nullCreatorEntry),
+               VX_classFactoryForEachClass(&collectGuid, &seen), VX_classFactoryUnregister(VX_Var("OTHER")),
+               VX_classFactoryUnregister(VX_Var("OTHER")), VX_classFactoryUnregisterAll(),
+               VX_classFactoryForEachClass(&collectGuid, &after)}),
+            (L{t, t, t, t, VX_RET_FALSE, t, t}));
+  EXPECT_TRUE(seen == std::set<std::string>({kGaugeGuid, "OTHER"}) && after.empty());
   auto stop = [](const char*, void*) { return VX_RET_ERR_USER; };
   TestGauge::initPublicInterface();
-  EXPECT_EQ(VX_classFactoryForEachClass(stop, nullptr), VX_RET_ERR_USER);
-  EXPECT_EQ(VX_classFactoryForEachClass(nullptr, nullptr), VX_RET_ERR_ARG);
+  EXPECT_EQ((L{VX_classFactoryForEachClass(stop, nullptr), VX_classFactoryForEachClass(nullptr, nullptr)}),
+            (L{VX_RET_ERR_USER, VX_RET_ERR_ARG}));
 }
 
 TEST_F(Factory, CreationFailuresAndTheirReports) {
   CaptureReporter rep;
-  EXPECT_EQ(VX_classFactoryCreateObj(kGaugeGuid), nullptr);  // no registry
-  EXPECT_EQ(rep.count(VX_RET_ERR_POBJ), 1);
+  EXPECT_TRUE(VX_classFactoryCreateObj(kGaugeGuid) == nullptr && rep.count(VX_RET_ERR_POBJ) == 1);  // no registry
   TestGauge::initPublicInterface();
   rep.clear();
   EXPECT_EQ(VX_classFactoryCreateObj("NO-SUCH-GUID"), nullptr);
   ASSERT_EQ(rep.reports.size(), 1u);
-  EXPECT_EQ(rep.reports[0].func, "VX_classFactoryCreateObj()");
-  EXPECT_EQ(rep.reports[0].text, "Not a public class GUID: <NO-SUCH-GUID>,");
-  EXPECT_EQ(rep.reports[0].file, ".\\src\\vx_public");
+  const Report& r = rep.reports[0];
+  EXPECT_EQ((std::vector<std::string>{r.func, r.text, r.file}),
+            (std::vector<std::string>{"VX_classFactoryCreateObj()", "Not a public class GUID: <NO-SUCH-GUID>,",
+                                      ".\\src\\vx_public"}));
   EXPECT_EQ(VX_classFactoryGetDescTable("NO-SUCH-GUID"), nullptr);
   EXPECT_TRUE(rep.mentions("<NO-SUCH-GUID>"));
-  EXPECT_EQ(VX_classFactoryCreateObj(nullptr), nullptr);
-  EXPECT_EQ(rep.count(VX_RET_ERR_ARG), 1);
+  EXPECT_TRUE(VX_classFactoryCreateObj(nullptr) == nullptr && rep.count(VX_RET_ERR_ARG) == 1);
   rep.clear();
+  // A failing entry and a creator that makes nothing are quiet refusals.
   TestGauge::failEntry = 1;
-  EXPECT_EQ(VX_classFactoryCreateObj(kGaugeGuid), nullptr);
   VX_classFactoryRegister(VX_Var("NULL-CREATOR"), &nullCreatorEntry);
-  EXPECT_EQ(VX_classFactoryCreateObj("NULL-CREATOR"), nullptr);
+  EXPECT_TRUE(VX_classFactoryCreateObj(kGaugeGuid) == nullptr && VX_classFactoryCreateObj("NULL-CREATOR") == nullptr);
   EXPECT_TRUE(rep.reports.empty());
   EXPECT_EQ(VX_classFactoryGetDescTable(kGaugeGuid), TestGauge::getPubDescTable());
 }
@@ -98,24 +94,20 @@ TEST_F(Factory, DeletionAndExecutionResolveTheObjectsClass) {
   VX_String version("1.0.0"), name("Read");
   VX_Array<VX_PubArg> in, out, extra;
   TestGauge loose;
-  EXPECT_EQ(VX_classFactoryDelObj(nullptr), VX_RET_FALSE);
-  EXPECT_TRUE(rep.reports.empty());
-  EXPECT_EQ(VX_classFactoryDelObj(&loose), VX_RET_ERR_POBJ);
-  EXPECT_EQ(VX_classFactoryObjExecute(nullptr, version, name, 2, in, out, extra), VX_RET_ERR_ARG);
-  EXPECT_EQ(VX_classFactoryObjExecute(&loose, version, name, 2, in, out, extra), VX_RET_ERR_POBJ);
+  auto execute = [&](VX_PublicClass* o) { return VX_classFactoryObjExecute(o, version, name, 2, in, out, extra); };
+  EXPECT_EQ((L{VX_classFactoryDelObj(nullptr), long(rep.reports.size()), VX_classFactoryDelObj(&loose),
+               execute(nullptr), execute(&loose)}),
+            (L{VX_RET_FALSE, 0, VX_RET_ERR_POBJ, VX_RET_ERR_ARG, VX_RET_ERR_POBJ}));
   VX_classFactoryInit();
-  VX_PublicClass plain;  // no descriptor table, so no GUID
-  EXPECT_EQ(VX_classFactoryDelObj(&plain), VX_RET_ERR_ARG);
-  EXPECT_EQ(VX_classFactoryDelObj(&loose), VX_RET_ERR_GEN);  // class not registered
-  EXPECT_EQ(VX_classFactoryObjExecute(&loose, version, name, 2, in, out, extra), VX_RET_ERR_GEN);
-  TestGauge::initPublicInterface();
-  TestGauge::failEntry = 1;
-  EXPECT_EQ(VX_classFactoryObjExecute(&loose, version, name, 2, in, out, extra), VX_RET_ERR_USER);
+  VX_PublicClass plain;  // no descriptor table, so no GUID; the gauge's class is not registered yet
+  EXPECT_EQ((L{VX_classFactoryDelObj(&plain), VX_classFactoryDelObj(&loose), execute(&loose),
+               (TestGauge::initPublicInterface(), TestGauge::failEntry = 1, execute(&loose))}),
+            (L{VX_RET_ERR_ARG, VX_RET_ERR_GEN, VX_RET_ERR_GEN, VX_RET_ERR_USER}));
   // The invoke function gets the arguments unchanged.
   VX_constructOutArgsFromPubService(loose.getPubObjDescTable()->services, "1.0.0", 2, out);
   loose.level = 6;
   loose.setName("loose");
-  EXPECT_EQ(VX_classFactoryObjExecute(&loose, version, name, 2, in, out, extra), VX_RET_TRUE);
+  EXPECT_EQ(execute(&loose), VX_RET_TRUE);
   EXPECT_TRUE(out[0][0].d() == 6.0 && std::string(out[1][0].str()) == "loose");
 }
 

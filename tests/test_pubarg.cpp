@@ -20,6 +20,16 @@ const VX_PubArgMap kMap[] = {
     {VX_VAR_ID_WILD, "any", nullptr, 0, kModes, 1, VX_PUBARG_BROWSER_FILE_OPEN, "*.txt", 0, 1, nullptr, -3, 0},
     {VX_VAR_ID_UNDEF, nullptr, nullptr, 0, nullptr, 0, VX_PUBARG_BROWSER_NONE, nullptr, 0, 0, nullptr, 0, 0}};
 
+// Every description an argument can carry, set at once.
+void describe(VX_PubArg& a, const char* desc, std::initializer_list<const char*> values, int listFixed, int browser,
+              const char* filter, int fixedType, int readOnly, int option) {
+  VX_Array<VX_String> list;
+  for (const char* v : values) list.appendElem(VX_String(v));
+  a.setDesc(desc), a.setValueList(list), a.setValueListFixed(listFixed);
+  a.setBrowser(static_cast<VX_PUBARG_BROWSER>(browser)), a.setBrowserFilterType(filter);
+  a.setFixedType(fixedType), a.setReadOnly(readOnly), a.setArgOption(option);
+}
+
 VX_PubArg described(const char* name, int value) {
   VX_PubArg a;
   a.set(VX_VAR_INT, &value);
@@ -90,16 +100,7 @@ TEST(PubArg, EqualityIsOnValuesAndCopyTakesEverything) {
   EXPECT_TRUE(a == b && !(a != b));
   b[0] = 4;
   EXPECT_FALSE(a == b);
-  VX_Array<VX_String> list;
-  list.appendElem(VX_String("x"));
-  a.setDesc("desc");
-  a.setValueList(list);
-  a.setValueListFixed(0);
-  a.setBrowser(VX_PUBARG_BROWSER_COLOR);
-  a.setBrowserFilterType("*.png");
-  a.setFixedType(1);
-  a.setReadOnly(1);
-  a.setArgOption(11);
+  describe(a, "desc", {"x"}, 0, VX_PUBARG_BROWSER_COLOR, "*.png", 1, 1, 11);
   a.setAssignMethod(VX_PUBARG_ASSIGN_PLAIN);
   full.set(VX_VAR_DOUBLE, nullptr);
   full.setLockVarType(1);
@@ -149,16 +150,7 @@ TEST(PubArg, BuildsArgumentsFromADeclarationTable) {
 
 TEST(PubArg, PackingKeepsItsReadingDifferences) {
   VX_PubArg a = described("name", -8);
-  a.setDesc("d");
-  VX_Array<VX_String> list;
-  list.insElems(VX_INS_BEFORE, 0, 2);
-  list[0] = "one";
-  list[1] = "";
-  a.setValueList(list);
-  a.setFixedType(1);
-  a.setArgOption(99);
-  a.setBrowserFilterType("*.x");
-  a.setValueListFixed(0);
+  describe(a, "d", {"one", ""}, 0, -1, "*.x", 1, 0, 99);
   // Stored browser codes come back renumbered.
   const int browsers[][2] = {{-1, -1}, {0, -2}, {1, 0}, {2, 1}, {3, 3}, {6, 6}, {-2, -2}, {40, 40}};
   for (auto& b : browsers) {
@@ -181,19 +173,19 @@ TEST(PubArg, PackingKeepsItsReadingDifferences) {
 TEST(PubArg, HostilePackedBlocksAreRefused) {
   VX_PubArg a = described("name", 1);
   VX_Array<VX_String> list;
-  list.insElems(VX_INS_BEFORE, 0, 1);
-  list[0] = "v";
+  list.appendElem(VX_String("v"));
   a.setValueList(list);
   std::vector<char> good = packed(a);
   const unsigned valueEnd = 4 + 13;  // count and one int variant
   CaptureReporter rep;
   // Every cut after the value ends inside a later field.
-  for (unsigned len = valueEnd; len < good.size() - 4; ++len) {
-    std::vector<char> cut(good.begin(), good.begin() + len);
+  auto unpackFrom = [](std::vector<char> block, unsigned len) {
     VX_PubArg back;
     unsigned used = 0;
-    EXPECT_EQ(back.unpackFrom(anyVersion(), cut.data(), len, used, VX_STORAGE_BINARY), VX_RET_ERR_ARG) << len;
-  }
+    return back.unpackFrom(anyVersion(), block.data(), len, used, VX_STORAGE_BINARY);
+  };
+  for (unsigned len = valueEnd; len < good.size() - 4; ++len)
+    EXPECT_EQ(unpackFrom(std::vector<char>(good.begin(), good.begin() + len), len), VX_RET_ERR_ARG) << len;
   EXPECT_TRUE(rep.mentions("Packed argument ends inside its"));
   // Counts far beyond the block: value elements, the name's length, the value-list count.
   const unsigned nameAt = valueEnd, listCountAt = valueEnd + 9 + 4 + 8;
@@ -204,11 +196,7 @@ TEST(PubArg, HostilePackedBlocksAreRefused) {
   for (const Patch& p : patches) {
     std::vector<char> bad = good;
     VX_putLE<uint32_t>(bad.data() + p.at, p.value);
-    VX_PubArg back;
-    unsigned used = 0;
-    EXPECT_EQ(back.unpackFrom(anyVersion(), bad.data(), static_cast<unsigned>(bad.size()), used, VX_STORAGE_BINARY),
-              VX_RET_ERR_ARG)
-        << p.at << " " << p.value;
+    EXPECT_EQ(unpackFrom(bad, unsigned(bad.size())), VX_RET_ERR_ARG) << p.at << " " << p.value;
   }
   VX_PubArg back;
   unsigned used = 0;

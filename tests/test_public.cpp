@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "vx_test_component.h"
 #include "vx_test_support.h"
@@ -177,9 +178,9 @@ TEST(PublicClass, DescriptorMembersAndBaseAnswers) {
   void* iface = &g;
   EXPECT_TRUE(plain.getCompInterface("Any", &iface) == VX_RET_FALSE && iface == nullptr);
   iface = &g;
-  EXPECT_TRUE(plain.getCompInterface(nullptr, &iface) == VX_RET_ERR_ARG && iface == nullptr);
-  EXPECT_EQ(plain.getCompInterface("Any", nullptr), VX_RET_ERR_ARG);
-  EXPECT_EQ(plain.copyData(&g), VX_RET_FALSE);
+  EXPECT_EQ((std::vector<int>{plain.getCompInterface(nullptr, &iface), iface == nullptr,
+                              plain.getCompInterface("Any", nullptr), plain.copyData(&g)}),
+            (std::vector<int>{VX_RET_ERR_ARG, 1, VX_RET_ERR_ARG, VX_RET_FALSE}));
   EXPECT_EQ(std::string(VX_PublicClassDesc::PubMesgArgCompClassDesc()), "ComponentClassDesc");
   EXPECT_EQ(std::string(VX_PUB_OBJ_MESG_SET_PROPS), "36AE3C95-2B6F-4273-9BB6-0C873486B2AA");
 }
@@ -204,8 +205,7 @@ TEST(PublicClass, PropertyMessagesDescribeAndSet) {
     ASSERT_EQ(g.publicMesg(all), VX_RET_TRUE);
     ASSERT_EQ(all.outArgs.numElems(), v.n);  // four of the base, then the gauge's own
     EXPECT_TRUE(prop(all.outArgs, 0).label == "Component Name" && !prop(all.outArgs, 1).readOnly);
-    EXPECT_EQ(std::string(prop(all.outArgs, 2).value.str()), "Test gauge");
-    EXPECT_TRUE(prop(all.outArgs, 2).readOnly);
+    EXPECT_TRUE(std::string(prop(all.outArgs, 2).value.str()) == "Test gauge" && prop(all.outArgs, 2).readOnly);
     EXPECT_TRUE(std::string(prop(all.outArgs, 3).value.str()) == "Test bench" && prop(all.outArgs, 3).label == "Vendor");
     EXPECT_TRUE(prop(all.outArgs, 4).name == "GaugeLevel" && std::string(prop(all.outArgs, 4).value.str()) == "2.5");
     VX_CompProp::releaseAll(all.outArgs);
@@ -255,8 +255,7 @@ TEST(PublicClass, PropertyAllocationFailuresLeaveTheMessageAlone) {
 namespace {
 
 struct Adder : VX_Operator {
-  int sum = 0;
-  VX_RET_STATUS operate() override { return ++sum, VX_RET_TRUE; }
+  VX_RET_STATUS operate() override { return VX_RET_TRUE; }
 };
 
 }  // namespace
@@ -264,10 +263,7 @@ struct Adder : VX_Operator {
 TEST(PublicClass, OperatorsAndClassVariables) {
   CaptureReporter rep;
   Adder a, b;
-  EXPECT_TRUE(a.objIsEnabled() && a.operate() == VX_RET_TRUE && a.sum == 1);
-  b = a;
-  EXPECT_TRUE(b.objIsEnabled() && b.operate() == VX_RET_TRUE);
   VX_ClassVar x, y;
-  x = y;
-  EXPECT_TRUE(x.objIsEnabled() && rep.reports.empty());
+  b = a, x = y;  // assignment of the bases keeps both enabled, quietly
+  EXPECT_TRUE(a.objIsEnabled() && b.objIsEnabled() && x.objIsEnabled() && rep.reports.empty());
 }

@@ -11,6 +11,8 @@ using testing::internal::GetCapturedStderr;
 
 namespace {
 
+using Ints = std::vector<int>;
+
 // Registers a default reporter for the test and restores the previous one afterwards.
 struct DefaultReporterScope {
   VX_Reporter reporter;
@@ -34,41 +36,31 @@ VX_Reporter* newDisabledReporter() {
 
 TEST(StatusCells, CellsAndDroppedReports) {
   VX_clearStatusCode();
-  EXPECT_EQ(VX_RET_TRUE, VX_getStatusCode());
-  VX_setUserError(7);
-  EXPECT_EQ(0, VX_getUserError());
+  EXPECT_EQ((Ints{VX_getStatusCode(), (VX_setUserError(7), VX_getUserError())}), (Ints{VX_RET_TRUE, 0}));
 
   // No reporter yet: every report is dropped, but the status cell still changes.
   ASSERT_EQ(nullptr, VX_msgReporter);
   CaptureStderr();
-  EXPECT_EQ(VX_RET_ERR_GEN, VX_reportStatus(VX_RET_ERR_FILE, "a", 3));
-  EXPECT_EQ(VX_RET_ERR_FILE, VX_getStatusCode());
-  EXPECT_EQ(VX_RET_ERR_GEN, VX_reportErrorMsg("a", 1, "f", "x"));
-  EXPECT_EQ(VX_RET_ERR_GEN, VX_getStatusCode());
-  VX_clearStatusCode();
-  EXPECT_EQ(VX_RET_ERR_GEN, VX_reportWarningMsg("a", 1, "f", "x"));
-  EXPECT_EQ(VX_RET_TRUE, VX_getStatusCode());
-  EXPECT_EQ(VX_RET_ERR_GEN, VX_mesg("Error message", "x"));
+  EXPECT_EQ((Ints{VX_reportStatus(VX_RET_ERR_FILE, "a", 3), VX_getStatusCode(), VX_reportErrorMsg("a", 1, "f", "x"),
+                  VX_getStatusCode(), (VX_clearStatusCode(), VX_reportWarningMsg("a", 1, "f", "x")), VX_getStatusCode(),
+                  VX_mesg("Error message", "x")}),
+            (Ints{VX_RET_ERR_GEN, VX_RET_ERR_FILE, VX_RET_ERR_GEN, VX_RET_ERR_GEN, VX_RET_ERR_GEN, VX_RET_TRUE,
+                  VX_RET_ERR_GEN}));
   EXPECT_EQ("", GetCapturedStderr());
 }
 
 TEST(StatusCells, ReportsReachTheRegisteredReporter) {
   vxtest::CaptureReporter capture;
-  EXPECT_EQ(VX_RET_TRUE, VX_reportStatus(VX_RET_ERR_ARG, "file", 12));
-  EXPECT_EQ(VX_RET_ERR_ARG, VX_getStatusCode());
-  VX_reportErrorMsg("file", 13, "label", "value %d", 4);
-  EXPECT_EQ(VX_RET_ERR_GEN, VX_getStatusCode());  // whatever the error, the cell says 11
-  VX_clearStatusCode();
-  VX_reportWarningMsg("file", 14, "warn", "w%s", "!");
-  EXPECT_EQ(VX_RET_TRUE, VX_getStatusCode());
+  // Whatever the error, the cell says 11 after a worded error.
+  EXPECT_EQ((Ints{VX_reportStatus(VX_RET_ERR_ARG, "file", 12), VX_getStatusCode(),
+                  (VX_reportErrorMsg("file", 13, "label", "value %d", 4), VX_getStatusCode()),
+                  (VX_clearStatusCode(), VX_reportWarningMsg("file", 14, "warn", "w%s", "!"), VX_getStatusCode())}),
+            (Ints{VX_RET_TRUE, VX_RET_ERR_ARG, VX_RET_ERR_GEN, VX_RET_TRUE}));
   VX_mesg("Error message", "free %d", 9);
   ASSERT_EQ(4u, capture.reports.size());
-  EXPECT_EQ(VX_RET_ERR_ARG, capture.reports[0].status);
-  EXPECT_EQ("", capture.reports[0].func);
-  EXPECT_EQ(vxtest::Report::Error, capture.reports[1].kind);
-  EXPECT_EQ("value 4", capture.reports[1].text);
-  EXPECT_EQ(vxtest::Report::Warning, capture.reports[2].kind);
-  EXPECT_EQ("free 9", capture.reports[3].text);
+  const auto& r = capture.reports;
+  EXPECT_EQ((Ints{r[0].status, r[0].func == "", r[1].kind, r[1].text == "value 4", r[2].kind, r[3].text == "free 9"}),
+            (Ints{VX_RET_ERR_ARG, 1, vxtest::Report::Error, 1, vxtest::Report::Warning, 1}));
 
   // A null reporter is refused and the current one stays.
   capture.clear();
@@ -80,21 +72,12 @@ TEST(StatusCells, ReportsReachTheRegisteredReporter) {
 
 TEST(DefaultReporter, StatusReportLines) {
   DefaultReporterScope scope;
-  const char* texts[16] = {nullptr,
-                           nullptr,
-                           nullptr,
-                           "Error on function input arguments\n\n",
-                           "Memory error\n\n",
-                           "File error\n\n",
-                           "Vorlaxe object not initialized\n\n",
+  const char* texts[16] = {nullptr, nullptr, nullptr, "Error on function input arguments\n\n", "Memory error\n\n",
+                           "File error\n\n", "Vorlaxe object not initialized\n\n",
                            "Required object or variable not initialized\n\n",
                            "Operation/function/feature not supported\n\n",
-                           "Operation/function/feature not implemented\n\n",
-                           nullptr,
-                           "Internal error\n\n",
-                           "Bad usage\n\n",
-                           "An iterator was accessed recursively\n\n",
-                           nullptr,
+                           "Operation/function/feature not implemented\n\n", nullptr, "Internal error\n\n",
+                           "Bad usage\n\n", "An iterator was accessed recursively\n\n", nullptr,
                            "User defined error\n\n"};
   for (int st = -1; st <= 16; ++st) {
     CaptureStderr();
@@ -146,8 +129,7 @@ TEST(DefaultReporter, CopyConstructionIsRefusedAndTheCopyHasNoStream) {
   vxtest::CaptureReporter capture;
   VX_Reporter original;
   VX_Reporter copy(original);
-  EXPECT_EQ(1, copy.objIsEnabled());
-  EXPECT_EQ(std::vector<int>{VX_RET_ERR_NSUP}, capture.statuses());
+  EXPECT_TRUE(copy.objIsEnabled() && capture.statuses() == Ints{VX_RET_ERR_NSUP});
   CaptureStderr();
   EXPECT_EQ(VX_RET_TRUE, copy.error("f", 1, "l", "text"));
   EXPECT_EQ("", GetCapturedStderr());
@@ -157,27 +139,13 @@ TEST(Catalogue, TextsBoundsAndSorting) {
   struct {
     unsigned category, number;
     const char* text;
-  } rows[] = {{0, 0, "VX_logErrorGen() : Unknown error code"},
-              {0, 3, "Index %d not in [%d,%d]"},
-              {0, 4, "Division by zero"},
-              {0, 5, nullptr},
-              {1, 5, "VX_StringArr insert"},
-              {1, 8, "VX_StringArr free"},
-              {1, 9, nullptr},
-              {2, 9, "Arg %d has %d vertices"},
-              {2, 11, "VX_VectorArr divide vector by real"},
-              {3, 5, "incompatible matrices: %d x %d and %d x %d"},
-              {3, 10, "Matrix not invertible"},
-              {3, 11, nullptr},
-              {4, 0, nullptr}};
+  } rows[] = {{0, 0, "VX_logErrorGen() : Unknown error code"}, {0, 3, "Index %d not in [%d,%d]"},
+              {0, 4, "Division by zero"}, {0, 5, nullptr}, {1, 5, "VX_StringArr insert"}, {1, 8, "VX_StringArr free"},
+              {1, 9, nullptr}, {2, 9, "Arg %d has %d vertices"}, {2, 11, "VX_VectorArr divide vector by real"},
+              {3, 5, "incompatible matrices: %d x %d and %d x %d"}, {3, 10, "Matrix not invertible"},
+              {3, 11, nullptr}, {4, 0, nullptr}};
   for (int pass = 0; pass < 2; ++pass) {  // sorting leaves the listed tables as they were
-    for (auto& r : rows) {
-      const char* got = VX_msg(r.category, r.number);
-      if (r.text)
-        EXPECT_STREQ(r.text, got);
-      else
-        EXPECT_EQ(nullptr, got);
-    }
+    for (auto& r : rows) EXPECT_STREQ(r.text, VX_msg(r.category, r.number)) << r.category << " " << r.number;
     EXPECT_EQ(VX_RET_TRUE, VX_msgInit());
   }
 }

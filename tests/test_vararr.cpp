@@ -48,16 +48,15 @@ TEST(VarArr, AccessOutsideReportsTheRange) {
   VX_VarArr a(3, VX_VAR_INT, 0), empty;
   EXPECT_TRUE(isSink(a[5]) && isSink(empty[0]));
   ASSERT_EQ(rep.reports.size(), 2u);
-  EXPECT_TRUE(rep.reports[0].func == "VX_VAR_ARRAY: element access" && rep.reports[0].file == ".\\src\\vx_var");
-  EXPECT_EQ(rep.reports[0].text, "Index 5 not in [0,2]");
-  EXPECT_EQ(rep.reports[1].text, "Index 0 not in [0,-1]");
+  const auto& r = rep.reports;
+  EXPECT_EQ((std::vector<std::string>{r[0].func, r[0].file, r[0].text, r[1].text}),
+            (std::vector<std::string>{"VX_VAR_ARRAY: element access", ".\\src\\vx_var", "Index 5 not in [0,2]",
+                                      "Index 0 not in [0,-1]"}));
   unsigned at = 9;  // the container interface sees the override
   EXPECT_TRUE(a.findElemIndex(VX_Var(0), at) == VX_RET_TRUE && at == 0u);
 
   VX_VarArr s(5, VX_VAR_STRING, 0);
-  s[0] = "abc";
-  s[1] = 7;
-  s[2].setStrLengMax(9);
+  s[0] = "abc", s[1] = 7, s[2].setStrLengMax(9);
   s[3] = VX_Var(VX_VAR_STRING);  // assigned as the empty text: needs 1
   s[4] = "0123456789abc";
   unsigned before = s.longestStrLeng();
@@ -124,8 +123,8 @@ TEST(VarArr, PackedAndFileFormsRoundTrip) {
   EXPECT_TRUE(back[0] == a[0] && back[1] == a[1] && back[2] == a[2] && back[3].varType() == VX_VAR_WILD);
   EXPECT_EQ(back[1].getStrLengMax(), 6);
   block = packed(empty);
-  EXPECT_TRUE(block.size() == 4u && back.unpack(anyVersion(), block.data(), used, VX_STORAGE_BINARY) == VX_RET_TRUE);
-  EXPECT_EQ(back.numElems(), 0u);
+  EXPECT_TRUE(block.size() == 4u && back.unpack(anyVersion(), block.data(), used, VX_STORAGE_BINARY) == VX_RET_TRUE &&
+              back.numElems() == 0u);
   TempDir dir;
   {
     VX_FileBinary out(dir.file("arr.bin").c_str(), VX_FILE_CREATE);
