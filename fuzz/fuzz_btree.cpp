@@ -39,16 +39,18 @@ void exercise(const char* path, VX_FILE_MODE mode, uint8_t pick) {
   unsigned int depth = 0;
   unsigned long nodes = 0;
   tree.getShape(depth, nodes);
-  if (tree.check() > 2) return;
+  const VX_RET_STATUS sound = tree.check();
+  if (sound > 2) return;
   visits = 0;
-  tree.inOrderIterator(count);
+  // A tree its check finds sound holds exactly the records it counts.
+  if (tree.inOrderIterator(count) <= 2 && sound == VX_RET_TRUE && visits != (num < 4096 ? num : 4096)) std::abort();
   visits = 0;
   tree.breadthIterator(count);
 
   VX_VarArr key(tmpl), low(tmpl), high(tmpl);
   const bool found = tree.readNthRec(num ? pick % num : 0, key, rec.data(), block.data()) == VX_RET_TRUE;
   if (found) {
-    tree.readRec(key, rec.data(), block.data());
+    if (sound == VX_RET_TRUE && tree.readRec(key, rec.data(), block.data()) == VX_RET_FALSE) std::abort();
     tree.readNthRec(0, low, rec.data(), nullptr);
     visits = 0;
     tree.inOrderIterator(count, low, key);
@@ -56,10 +58,16 @@ void exercise(const char* path, VX_FILE_MODE mode, uint8_t pick) {
     tree.inOrderIterator(count, key, high);  // high is the template: possibly an empty range
   }
   if (mode != VX_FILE_READWRITE) return;
-  if (found && tree.deleteRec(key) == VX_RET_TRUE) tree.writeRec(key, rec.data(), block.data());
+  // A record taken out and put back is gone in between and there after, and the tree stays sound.
+  if (found && tree.deleteRec(key) == VX_RET_TRUE) {
+    if (sound == VX_RET_TRUE && tree.readRec(key, rec.data(), nullptr) == VX_RET_TRUE) std::abort();
+    if (tree.writeRec(key, rec.data(), block.data()) == VX_RET_TRUE && sound == VX_RET_TRUE &&
+        (tree.readRec(key, rec.data(), nullptr) != VX_RET_TRUE || tree.getNum() != num))
+      std::abort();
+  }
   tree.writeRec(tmpl, rec.data(), nullptr);
   tree.deleteRec(high);
-  tree.check();
+  if (sound == VX_RET_TRUE && tree.check() == VX_RET_FALSE) std::abort();
   tree.flush();
 }
 
