@@ -18,12 +18,15 @@ std::string textOf(const VX_Color& c) {
   return s;
 }
 
-// A printed colour reads back, and prints the same again.
-void checkReread(const VX_Color& c) {
+// A printed colour reads back and prints the same again. A colour from a packed block may have
+// channels no text holds (NaN, infinity) or a tag of no model, so only `strict` demands the read.
+void checkReread(const VX_Color& c, bool strict) {
   const std::string first = textOf(c);
-  if (first.empty()) return;
   VX_Color again;
-  if (again.str2Color(first.c_str()) > 2) return;  // channels from a packed block: NaN, huge
+  if (first.empty() || again.str2Color(first.c_str()) > 2) {
+    if (strict) std::abort();
+    return;
+  }
   if (textOf(again) != first) std::abort();
 }
 
@@ -35,9 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   VX_Color c;
   const std::string before = textOf(c);
   if (c.str2Color(text.c_str()) <= 2) {
-    const std::string first = textOf(c);
-    VX_Color again;
-    if (first.empty() || again.str2Color(first.c_str()) > 2 || textOf(again) != first) std::abort();
+    checkReread(c, true);
   } else if (textOf(c) != before) {
     std::abort();  // a refused text changes nothing
   }
@@ -52,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const unsigned int avail = static_cast<unsigned int>(packed.size());
   if (v.unpackFrom(VX_systemVersionRead, block, avail, used, VX_STORAGE_BINARY) <= 2) {
     if (used > avail) std::abort();
-    if (v.varType() == VX_VAR_PTR && v.ptr()) checkReread(*static_cast<VX_Color*>(v.ptr()));
+    if (v.varType() == VX_VAR_PTR && v.ptr()) checkReread(*static_cast<VX_Color*>(v.ptr()), false);
   }
   vxfuzz::repack(v);
   delete[] block;
