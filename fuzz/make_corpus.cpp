@@ -34,6 +34,20 @@ std::string packed(VX_Persistable& obj) {
 
 std::string byte(int b) { return std::string(1, static_cast<char>(b)); }
 
+// A package description with every field in use.
+VX_MPKEntry samplePackage() {
+  VX_MPKEntry e;
+  e.setMPKName("Sample package");
+  e.setAppVersion(VX_Version(2, 1, 0));
+  e.setMPKGUID("0F86BBF4-57F4-4d5e-8FC2-44A860AC690E");
+  e.setMainDll("sample.so");
+  e.setHelpFile("help/sample.html");
+  e.getDependencies().appendElem(VX_String("base.mpk"));
+  e.getBitmaps().appendElem(VX_MPKBitmapEntry("icon", "icon.bmp"));
+  e.getBitmaps().appendElem(VX_MPKBitmapEntry("logo", "img/logo.bmp"));
+  return e;
+}
+
 // One sample of each persistable kind, in the order vxfuzz::makePersistable numbers them.
 std::vector<std::vector<VX_Persistable*>> samples() {
   static VX_String s1("hello"), s2(""), s3;
@@ -42,7 +56,15 @@ std::vector<std::vector<VX_Persistable*>> samples() {
   VX_str2Val(a1, "1,2,3", ",", VX_VAR_INT);
   VX_str2Val(a2, "x y", " ", VX_VAR_STRING);
   static VX_Version ver(1, 2, 3);
-  return {{&s1, &s2, &s3}, {&v1, &v2, &v3, &v4}, {&a1, &a2}, {&ver}};
+  static VX_PubArg arg;
+  arg.setName("width");
+  arg.setDesc("in pixels");
+  static VX_Color color(0.25f, 0.5f, 0.75f, 1.0f);
+  static VX_Matrix m0, m(2, 3, 1.0, 2.0, 3.0, 4.0, 5.0, 6.0);
+  static VX_MPKEntry pkg = samplePackage();
+  static VX_VarArr tmpl = vxfuzz::btreeKeyTemplate();
+  static VX_BtreeNode node(5, tmpl, 4);
+  return {{&s1, &s2, &s3}, {&v1, &v2, &v3, &v4}, {&a1, &a2}, {&ver}, {&arg}, {&color}, {&m0, &m}, {&pkg}, {&node}};
 }
 
 std::string tempPath(const char* name) { return root + "/../" + name + ".tmp"; }
@@ -113,5 +135,52 @@ int main(int argc, char** argv) {
     seed("recfile", byte(0x5a) + fileBytes(path));
     std::remove(path.c_str());
   }
+
+  // Package files: a full description and an empty one, as save writes them.
+  VX_MPKEntry packages[2] = {samplePackage(), VX_MPKEntry()};
+  for (VX_MPKEntry& e : packages) {
+    const std::string path = tempPath("mpk");
+    if (e.setMPKPath(path.c_str()) > 2 || e.save(VX_systemVersionWrite) > 2) return 1;
+    seed("mpk", byte(1) + fileBytes(path));
+    std::remove(path.c_str());
+  }
+
+  // File trees: (text, int) keys with and without data blocks, and a one-int key; enough
+  // records for a few levels at order 5, some deleted again.
+  for (int variant = 0; variant < 3; ++variant) {
+    const std::string path = tempPath("btree");
+    VX_VarArr tmpl = variant < 2 ? vxfuzz::btreeKeyTemplate() : VX_VarArr(1, VX_VAR_INT, 0);
+    const unsigned blockSize = variant == 1 ? 8 : 0;
+    {
+      VX_Btree tree(const_cast<char*>(path.c_str()), 5, tmpl, 4, blockSize);
+      if (!tree.objIsEnabled()) return 1;
+      char rec[4] = {'r', 'e', 'c', 0}, block[8] = {'b', 'l', 'o', 'c', 'k'};
+      VX_VarArr key(tmpl);
+      for (int i = 0; i < 24; ++i) {
+        const std::string text = "k" + std::to_string(i * 7 % 24);
+        if (variant < 2) key[0] = text.c_str(), key[1] = i; else key[0] = i * 7 % 24;
+        rec[3] = static_cast<char>(i);
+        if (tree.writeRec(key, rec, blockSize ? block : nullptr) > 2) return 1;
+      }
+      for (int i = 0; i < 24; i += 5) {
+        if (variant < 2) key[0] = ("k" + std::to_string(i * 7 % 24)).c_str(), key[1] = i; else key[0] = i * 7 % 24;
+        tree.deleteRec(key);
+      }
+    }
+    seed("btree", byte(variant * 3) + fileBytes(path));
+    std::remove(path.c_str());
+  }
+
+  // Colour texts, as color2Str writes them and with the blanks and signs the reader allows.
+  VX_Color colors[3] = {VX_Color(1.0f, 0.5f, 0.0f, 1.0f), VX_Color(VX_HSVA(120.0f, 0.5f, 0.25f, 1.0f)),
+                        VX_Color(VX_CMYA(0.1f, 0.2f, 0.3f, 0.4f))};
+  for (VX_Color& c : colors) {
+    char* text = nullptr;
+    if (c.color2Str(&text) > 2) return 1;
+    seed("color", std::string(text) + byte(0) + packed(c));
+    std::free(text);
+  }
+  seed("color", std::string("  YIQA( +.5 ,-1e-3,\t2E2 , 0 )  ") + byte(0));
+  seed("color", std::string("HLSA(359.9,0.5,1,0)") + byte(0) + std::string(16, '\0'));
   return 0;
 }

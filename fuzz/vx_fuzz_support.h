@@ -69,14 +69,28 @@ class TempFile {
   std::string path;
 };
 
-// The persistable kinds that take outside bytes, chosen by `kind` modulo their number.
-enum : int { PERSISTABLE_KINDS = 4 };
+// The key shape of the fuzzed B-trees and nodes: a text of at most 7 characters and an int.
+inline VX_VarArr btreeKeyTemplate() {
+  return VX_VarArr(2, VX_VAR_STRING, const_cast<char*>(""), 7, VX_VAR_INT, 0);
+}
+
+// The persistable kinds that take outside bytes, chosen by `kind` modulo their number. The
+// first four keep their numbers, so older corpora still choose what they were made for.
+enum : int { PERSISTABLE_KINDS = 9 };
 inline std::unique_ptr<VX_Persistable> makePersistable(uint8_t kind) {
   switch (kind % PERSISTABLE_KINDS) {
     case 0: return std::make_unique<VX_String>();
     case 1: return std::make_unique<VX_Var>();
     case 2: return std::make_unique<VX_VarArr>();
-    default: return std::make_unique<VX_Version>();
+    case 3: return std::make_unique<VX_Version>();
+    case 4: return std::make_unique<VX_PubArg>();
+    case 5: return std::make_unique<VX_Color>();
+    case 6: return std::make_unique<VX_Matrix>();
+    case 7: return std::make_unique<VX_MPKEntry>();
+    default: {
+      VX_VarArr tmpl = btreeKeyTemplate();
+      return std::make_unique<VX_BtreeNode>(5, tmpl, 4);
+    }
   }
 }
 

@@ -96,6 +96,13 @@ TEST(Color, TextFormRoundTripsAndRefusesMalformedText) {
     ASSERT_EQ(back.str2Color(text(c).c_str()), VX_RET_TRUE) << text(c);
     EXPECT_TRUE(back == c) << text(c);
   }
+  // Channels below the least normal float are written in six digits and must read back.
+  for (const char* tiny : {"RGBA(1.1754944e-38, 0, 0, 1)", "CMYA(1e-40, -1e-45, 0, 0)"}) {
+    VX_Color c, back;
+    ASSERT_EQ(c.str2Color(tiny), VX_RET_TRUE) << tiny;
+    ASSERT_EQ(back.str2Color(text(c).c_str()), VX_RET_TRUE) << text(c);
+    EXPECT_EQ(text(back), text(c));
+  }
   VX_Color spaced;
   EXPECT_TRUE(spaced.str2Color("  HLSA( 120 , .5,0.25 , +1 )\t") == VX_RET_TRUE && spaced == models[4]);
 

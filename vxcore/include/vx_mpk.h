@@ -112,8 +112,8 @@ class VX_API VX_MPKEntry : public VX_Persistable {
   VX_RET_STATUS takePersisted(VX_MPKEntry& fresh);
   // Empties the persisted members, and with `location` the directory and path.
   void clear(bool location);
-  // The packed size as 64 bits, so that no sum wraps.
-  uint64_t packedSize(VX_Version& version);
+  // The packed size, VX_PACKED_SIZE_OVERFLOW when it does not fit a block (the sum never wraps).
+  unsigned int packedSize(VX_Version& version);
 
   VX_String mpkDir;
   VX_String mpkPath;

@@ -3,7 +3,6 @@
 
 #include "vx_color.h"
 
-#include <cerrno>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
@@ -150,9 +149,10 @@ const char* readChannel(const char* p, float& value) {
   if (!((*digits >= '0' && *digits <= '9') || *digits == '.')) return nullptr;
   if (digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X')) return nullptr;
   char* end = nullptr;
-  errno = 0;
+  // A number too small for a normal float is still finite and read as the nearest float (strtof
+  // flags it out of range): color2Str writes such channels, so they must read back.
   value = std::strtof(p, &end);
-  if (end == p || errno == ERANGE || !std::isfinite(value)) return nullptr;
+  if (end == p || !std::isfinite(value)) return nullptr;
   return skipBlanks(end);
 }
 

@@ -269,29 +269,33 @@ unsigned char VX_MPKEntry::operator==(const VX_MPKEntry& other) const {
          sameArray(dependencies, other.dependencies) && sameArray(bitmaps, other.bitmaps);
 }
 
-uint64_t VX_MPKEntry::packedSize(VX_Version& version) {
+unsigned int VX_MPKEntry::packedSize(VX_Version& version) {
   const VX_STORAGE_TYPE b = VX_STORAGE_BINARY;
-  uint64_t size = mpkName.getPackedSize(version, b) + 4 + std::strlen(VersionMarker) + 1 +
-                  appVersion.getPackedSize(version, b) + mpkGUID.getPackedSize(version, b) +
-                  mainDll.getPackedSize(version, b) + 4 + 4 + helpFile.getPackedSize(version, b);
-  for (unsigned i = 0; i < dependencies.numElems(); ++i) size += dependencies[i].getPackedSize(version, b);
-  for (unsigned i = 0; i < bitmaps.numElems(); ++i)
-    size += bitmaps[i].name.getPackedSize(version, b) + bitmaps[i].file.getPackedSize(version, b);
+  unsigned int size = 4 + static_cast<unsigned int>(std::strlen(VersionMarker)) + 1 + 4 + 4;
+  for (VX_Persistable* field : {static_cast<VX_Persistable*>(&mpkName), static_cast<VX_Persistable*>(&appVersion),
+                                static_cast<VX_Persistable*>(&mpkGUID), static_cast<VX_Persistable*>(&mainDll),
+                                static_cast<VX_Persistable*>(&helpFile)})
+    size = VX_packedSizeAdd(size, field->getPackedSize(version, b));
+  for (unsigned i = 0; i < dependencies.numElems(); ++i)
+    size = VX_packedSizeAdd(size, dependencies[i].getPackedSize(version, b));
+  for (unsigned i = 0; i < bitmaps.numElems(); ++i) {
+    size = VX_packedSizeAdd(size, bitmaps[i].name.getPackedSize(version, b));
+    size = VX_packedSizeAdd(size, bitmaps[i].file.getPackedSize(version, b));
+  }
   return size;
 }
 
-// A description too large for a 32-bit size answers UINT_MAX, which pack then refuses.
+// A description too large for a block answers VX_PACKED_SIZE_OVERFLOW, which pack then refuses.
 unsigned int VX_MPKEntry::getPackedSize(VX_Version& version, VX_STORAGE_TYPE) {
   VX_setUserError(0);
-  uint64_t size = packedSize(version);
-  return size >= UINT_MAX ? UINT_MAX : static_cast<unsigned int>(size);
+  return packedSize(version);
 }
 
 VX_RET_STATUS VX_MPKEntry::pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
   VX_setUserError(0);
   size = 0;
   if (!buffer) return VX_FAIL(VX_RET_ERR_ARG);
-  if (packedSize(version) >= UINT_MAX) return VX_FAIL(VX_RET_ERR_ARG);
+  if (packedSize(version) == VX_PACKED_SIZE_OVERFLOW) return VX_FAIL(VX_RET_ERR_ARG);
   VX_String marker;
   VX_RET_STATUS st = setText(marker, VersionMarker);
   if (st > 2) return st;

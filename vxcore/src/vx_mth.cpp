@@ -708,7 +708,8 @@ unsigned char VX_Matrix::operator==(const VX_Matrix& other) const {
 unsigned int VX_Matrix::getPackedSize(VX_Version&, VX_STORAGE_TYPE storage) {
   VX_setUserError(0);
   if (usable(__LINE__) > 2 || storage != VX_STORAGE_BINARY) return 0;
-  return 8 + 4 * rows * columns;
+  // entriesFit keeps every matrix within a block; the sum is still made without wrapping.
+  return VX_packedSizeAdd(8, static_cast<uint64_t>(rows) * columns > VX_MATRIX_MAX_ENTRIES ? VX_PACKED_SIZE_OVERFLOW : 4 * rows * columns);
 }
 
 VX_RET_STATUS VX_Matrix::pack(VX_Version&, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {

@@ -242,9 +242,12 @@ unsigned int VX_PubArg::getPackedSize(VX_Version& version, VX_STORAGE_TYPE stora
   if (!usable()) return 0;
   unsigned size = VX_VarArr::getPackedSize(version, storage);
   if (storage != VX_STORAGE_BINARY) return 0;
-  size += name.getPackedSize(version, storage) + desc.getPackedSize(version, storage) + 12;
-  for (unsigned k = 0; k < valueList.numElems(); ++k) size += valueList[k].getPackedSize(version, storage);
-  return size + 6;
+  size = VX_packedSizeAdd(size, name.getPackedSize(version, storage));
+  size = VX_packedSizeAdd(size, desc.getPackedSize(version, storage));
+  size = VX_packedSizeAdd(size, 12);
+  for (unsigned k = 0; k < valueList.numElems(); ++k)
+    size = VX_packedSizeAdd(size, valueList[k].getPackedSize(version, storage));
+  return VX_packedSizeAdd(size, 6);
 }
 
 VX_RET_STATUS VX_PubArg::pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) {
