@@ -116,14 +116,18 @@ void fileFill(const std::string& path, const std::vector<int>& keys) {
   benchmark::DoNotOptimize(tree.getNum());
 }
 
-void fileInsertVx(benchmark::State& state) {
+// A fresh file filled with every key per iteration, by either side's fill.
+template <void (*Fill)(const std::string&, const std::vector<int>&)>
+void fileInsert(benchmark::State& state, const char* name) {
   unsigned n = static_cast<unsigned>(state.range(0));
   auto keys = shuffled(n, 3);
-  std::string path = benchFile("tree.vxb");
-  for (auto _ : state) fileFill(path, keys);
+  std::string path = benchFile(name);
+  for (auto _ : state) Fill(path, keys);
   std::remove(path.c_str());
   state.SetItemsProcessed(state.iterations() * n);
 }
+
+void fileInsertVx(benchmark::State& state) { fileInsert<fileFill>(state, "tree.vxb"); }
 
 void fileLookupVx(benchmark::State& state) {
   unsigned n = static_cast<unsigned>(state.range(0));
@@ -174,14 +178,7 @@ void sqlFill(const std::string& path, const std::vector<int>& keys) {
   sqlite3_close(db);
 }
 
-void fileInsertPeer(benchmark::State& state) {
-  unsigned n = static_cast<unsigned>(state.range(0));
-  auto keys = shuffled(n, 3);
-  std::string path = benchFile("peer.db");
-  for (auto _ : state) sqlFill(path, keys);
-  std::remove(path.c_str());
-  state.SetItemsProcessed(state.iterations() * n);
-}
+void fileInsertPeer(benchmark::State& state) { fileInsert<sqlFill>(state, "peer.db"); }
 
 void fileLookupPeer(benchmark::State& state) {
   unsigned n = static_cast<unsigned>(state.range(0));
