@@ -116,36 +116,55 @@ void fileFill(const std::string& path, const std::vector<int>& keys) {
   benchmark::DoNotOptimize(tree.getNum());
 }
 
-void fileInsertVx(benchmark::State& state) {
+// A fresh file filled with every key per iteration, by either side's fill.
+template <void (*Fill)(const std::string&, const std::vector<int>&)>
+void fileInsert(benchmark::State& state, const char* name) {
   unsigned n = static_cast<unsigned>(state.range(0));
   auto keys = shuffled(n, 3);
-  std::string path = benchFile("tree.vxb");
-  for (auto _ : state) fileFill(path, keys);
+  std::string path = benchFile(name);
+  for (auto _ : state) Fill(path, keys);
   std::remove(path.c_str());
   state.SetItemsProcessed(state.iterations() * n);
 }
 
-void fileLookupVx(benchmark::State& state) {
+void fileInsertVx(benchmark::State& state) { fileInsert<fileFill>(state, "tree.vxb"); }
+
+// Every key looked up in a random order in a file filled once by `Fill`. A `Reader` holds the
+// file open for the whole run and yields a key's 64-byte record when the key is there.
+template <void (*Fill)(const std::string&, const std::vector<int>&), class Reader>
+void fileLookup(benchmark::State& state, const char* name) {
   unsigned n = static_cast<unsigned>(state.range(0));
   auto keys = shuffled(n, 3), probes = shuffled(n, 4);
-  std::string path = benchFile("lookup.vxb");
-  fileFill(path, keys);
+  std::string path = benchFile(name);
+  Fill(path, keys);
   {
-    VX_VarArr tmpl, key(1, VX_VAR_INT, 0);
-    VX_Btree tree(const_cast<char*>(path.c_str()), tmpl);
+    Reader reader(path);
     char rec[64];
     long long sum = 0;
     for (auto _ : state) {
-      for (int k : probes) {
-        key[0] = k;
-        if (tree.readRec(key, rec, nullptr) == VX_RET_TRUE) sum += rec[0];
-      }
+      for (int k : probes)
+        if (reader.read(k, rec)) sum += rec[0];
       benchmark::DoNotOptimize(sum);
     }
   }
   std::remove(path.c_str());
   state.SetItemsProcessed(state.iterations() * n);
 }
+
+class VxReader {
+ public:
+  explicit VxReader(const std::string& path) : key(1, VX_VAR_INT, 0), tree(const_cast<char*>(path.c_str()), tmpl) {}
+  bool read(int k, char* rec) {
+    key[0] = k;
+    return tree.readRec(key, rec, nullptr) == VX_RET_TRUE;
+  }
+
+ private:
+  VX_VarArr tmpl, key;
+  VX_Btree tree;
+};
+
+void fileLookupVx(benchmark::State& state) { fileLookup<fileFill, VxReader>(state, "lookup.vxb"); }
 
 #ifdef VXBENCH_HAVE_SQLITE
 sqlite3* sqlOpen(const std::string& path, bool fresh) {
@@ -174,43 +193,33 @@ void sqlFill(const std::string& path, const std::vector<int>& keys) {
   sqlite3_close(db);
 }
 
-void fileInsertPeer(benchmark::State& state) {
-  unsigned n = static_cast<unsigned>(state.range(0));
-  auto keys = shuffled(n, 3);
-  std::string path = benchFile("peer.db");
-  for (auto _ : state) sqlFill(path, keys);
-  std::remove(path.c_str());
-  state.SetItemsProcessed(state.iterations() * n);
-}
+void fileInsertPeer(benchmark::State& state) { fileInsert<sqlFill>(state, "peer.db"); }
 
-void fileLookupPeer(benchmark::State& state) {
-  unsigned n = static_cast<unsigned>(state.range(0));
-  auto keys = shuffled(n, 3), probes = shuffled(n, 4);
-  std::string path = benchFile("peerlookup.db");
-  sqlFill(path, keys);
-  sqlite3* db = sqlOpen(path, false);
-  sqlite3_exec(db, "BEGIN", nullptr, nullptr, nullptr);
-  sqlite3_stmt* sel = nullptr;
-  sqlite3_prepare_v2(db, "SELECT v FROM t WHERE k = ?", -1, &sel, nullptr);
-  long long sum = 0;
-  char rec[64];
-  for (auto _ : state) {
-    for (int k : probes) {
-      sqlite3_bind_int(sel, 1, k);
-      if (sqlite3_step(sel) == SQLITE_ROW) {
-        std::memcpy(rec, sqlite3_column_blob(sel, 0), sizeof rec);
-        sum += rec[0];
-      }
-      sqlite3_reset(sel);
-    }
-    benchmark::DoNotOptimize(sum);
+class SqlReader {
+ public:
+  explicit SqlReader(const std::string& path) : db(sqlOpen(path, false)) {
+    sqlite3_exec(db, "BEGIN", nullptr, nullptr, nullptr);
+    sqlite3_prepare_v2(db, "SELECT v FROM t WHERE k = ?", -1, &sel, nullptr);
   }
-  sqlite3_finalize(sel);
-  sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr);
-  sqlite3_close(db);
-  std::remove(path.c_str());
-  state.SetItemsProcessed(state.iterations() * n);
-}
+  ~SqlReader() {
+    sqlite3_finalize(sel);
+    sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr);
+    sqlite3_close(db);
+  }
+  bool read(int k, char* rec) {
+    sqlite3_bind_int(sel, 1, k);
+    bool found = sqlite3_step(sel) == SQLITE_ROW;
+    if (found) std::memcpy(rec, sqlite3_column_blob(sel, 0), 64);
+    sqlite3_reset(sel);
+    return found;
+  }
+
+ private:
+  sqlite3* db;
+  sqlite3_stmt* sel = nullptr;
+};
+
+void fileLookupPeer(benchmark::State& state) { fileLookup<sqlFill, SqlReader>(state, "peerlookup.db"); }
 #endif
 
 }  // namespace

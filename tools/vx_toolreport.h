@@ -1,6 +1,7 @@
 // The reporter of the command-line tools: each worded report becomes one plain line on standard
 // error, led by the program's name ("vxmpk: MPK path is empty"). Bare status reports are not
-// printed: the worded reports and the tool's own last line already say what went wrong.
+// printed: the worded reports and the tool's own last line already say what went wrong. The
+// tools' common answer to a request for help lives here too.
 #ifndef VX_TOOLREPORT_H
 #define VX_TOOLREPORT_H
 
@@ -11,6 +12,14 @@
 #include "vx_reporter.h"
 
 namespace vxtool {
+
+// Every tool answers a lone "-h" or "--help" alike: its usage on standard output, exit 0. True
+// when it has answered.
+inline bool answerHelp(int argc, char** argv, const char* usage) {
+  if (argc != 2 || (std::strcmp(argv[1], "-h") != 0 && std::strcmp(argv[1], "--help") != 0)) return false;
+  std::fputs(usage, stdout);
+  return true;
+}
 
 class ToolReporter : public VX_BaseReporter {
  public:

@@ -109,10 +109,7 @@ int info(const char* path, VX_Btree& tree) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && (std::strcmp(argv[1], "-h") == 0 || std::strcmp(argv[1], "--help") == 0)) {
-    std::fputs(Usage, stdout);
-    return 0;
-  }
+  if (vxtool::answerHelp(argc, argv, Usage)) return 0;
   if (argc != 3 || argv[2][0] == '\0' ||
       (std::strcmp(argv[1], "info") != 0 && std::strcmp(argv[1], "dump") != 0 && std::strcmp(argv[1], "check") != 0)) {
     std::fputs(Usage, stderr);

@@ -231,10 +231,7 @@ int host(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && (std::strcmp(argv[1], "-h") == 0 || std::strcmp(argv[1], "--help") == 0)) {
-    std::fputs(Usage, stdout);
-    return 0;
-  }
+  if (vxtool::answerHelp(argc, argv, Usage)) return 0;
   bool list = argc == 2;
   bool running = argc >= 5 && std::strcmp(argv[2], "run") == 0;
   if ((!list && !running) || argv[1][0] == '\0') return usage();

@@ -119,10 +119,7 @@ int check(const char* path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && (std::strcmp(argv[1], "-h") == 0 || std::strcmp(argv[1], "--help") == 0)) {
-    std::fputs(Usage, stdout);
-    return 0;
-  }
+  if (vxtool::answerHelp(argc, argv, Usage)) return 0;
   if (argc < 2) return usage();
   const std::string command = argv[1];
   bool oneFile = argc == 3 && argv[2][0] != '\0';

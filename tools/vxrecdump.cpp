@@ -19,10 +19,7 @@ const char* const Usage = "usage: vxrecdump FILE\nPrints the structure of a bina
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && (std::strcmp(argv[1], "-h") == 0 || std::strcmp(argv[1], "--help") == 0)) {
-    std::fputs(Usage, stdout);
-    return 0;
-  }
+  if (vxtool::answerHelp(argc, argv, Usage)) return 0;
   if (argc != 2 || argv[1][0] == '\0') {
     std::fputs(Usage, stderr);
     return 2;

@@ -131,7 +131,10 @@ class VX_API VX_Camera : public VX_VorlaxeClass {
   VX_RET_STATUS computeTransformMatrices();
   // Brings the transforms up to date and applies one of them to (v, w).
   VX_RET_STATUS convert(VX_Vector& v, bool toWorld, float w);
-  VX_RET_STATUS setPoseVector(VX_Vector VX_CamStruct::*field, const VX_Vector& v);
+  // The plain accessors: `to = from` once the camera is found usable. `stale` (0 or 1) marks
+  // the transforms as behind the pose, for the setters that move it.
+  template <class T>
+  VX_RET_STATUS copyIfUsable(T& to, const T& from, unsigned char stale);
 
   unsigned char enabled;
   VX_CamStruct cam;

@@ -115,69 +115,28 @@ VX_RET_STATUS VX_Camera::usable(unsigned line) const {
   return VX_reportFail(VX_RET_ERR_POBJ, VX_MODULE_LABEL, line);
 }
 
-VX_RET_STATUS VX_Camera::getPosition(VX_Vector& out) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st <= 2) out = cam.position;
-  return st;
-}
-
-VX_RET_STATUS VX_Camera::getInterest(VX_Vector& out) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st <= 2) out = cam.interest;
-  return st;
-}
-
-VX_RET_STATUS VX_Camera::getUpVector(VX_Vector& out) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st <= 2) out = cam.up;
-  return st;
-}
-
-VX_RET_STATUS VX_Camera::getFrustrum(VX_ViewFrustrum& out) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st <= 2) out = cam.frustum;
-  return st;
-}
-
-VX_RET_STATUS VX_Camera::getCameraStruct(VX_CamStruct& out) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st <= 2) out = cam;
-  return st;
-}
-
-VX_RET_STATUS VX_Camera::setPoseVector(VX_Vector VX_CamStruct::*field, const VX_Vector& v) {
+template <class T>
+VX_RET_STATUS VX_Camera::copyIfUsable(T& to, const T& from, unsigned char stale) {
   VX_setUserError(0);
   VX_RET_STATUS st = usable(__LINE__);
   if (st > 2) return st;
-  cam.*field = v;
-  dirty = 1;
+  to = from;
+  dirty |= stale;
   return VX_RET_TRUE;
 }
 
-VX_RET_STATUS VX_Camera::setPosition(const VX_Vector& v) { return setPoseVector(&VX_CamStruct::position, v); }
-VX_RET_STATUS VX_Camera::setInterest(const VX_Vector& v) { return setPoseVector(&VX_CamStruct::interest, v); }
-VX_RET_STATUS VX_Camera::setUpVector(const VX_Vector& v) { return setPoseVector(&VX_CamStruct::up, v); }
+VX_RET_STATUS VX_Camera::getPosition(VX_Vector& out) { return copyIfUsable(out, cam.position, 0); }
+VX_RET_STATUS VX_Camera::getInterest(VX_Vector& out) { return copyIfUsable(out, cam.interest, 0); }
+VX_RET_STATUS VX_Camera::getUpVector(VX_Vector& out) { return copyIfUsable(out, cam.up, 0); }
+VX_RET_STATUS VX_Camera::getFrustrum(VX_ViewFrustrum& out) { return copyIfUsable(out, cam.frustum, 0); }
+VX_RET_STATUS VX_Camera::getCameraStruct(VX_CamStruct& out) { return copyIfUsable(out, cam, 0); }
 
-VX_RET_STATUS VX_Camera::setFrustrum(const VX_ViewFrustrum& f) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st <= 2) cam.frustum = f;
-  return st;
-}
-
-VX_RET_STATUS VX_Camera::setCameraStruct(const VX_CamStruct& s) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st > 2) return st;
-  cam = s;
-  dirty = 1;
-  return VX_RET_TRUE;
-}
+// The frustum takes no part in the camera-space transforms: setting it leaves them current.
+VX_RET_STATUS VX_Camera::setPosition(const VX_Vector& v) { return copyIfUsable(cam.position, v, 1); }
+VX_RET_STATUS VX_Camera::setInterest(const VX_Vector& v) { return copyIfUsable(cam.interest, v, 1); }
+VX_RET_STATUS VX_Camera::setUpVector(const VX_Vector& v) { return copyIfUsable(cam.up, v, 1); }
+VX_RET_STATUS VX_Camera::setFrustrum(const VX_ViewFrustrum& f) { return copyIfUsable(cam.frustum, f, 0); }
+VX_RET_STATUS VX_Camera::setCameraStruct(const VX_CamStruct& s) { return copyIfUsable(cam, s, 1); }
 
 unsigned char VX_Camera::isOrthographic() {
   VX_setUserError(0);
@@ -185,12 +144,7 @@ unsigned char VX_Camera::isOrthographic() {
   return st > 2 ? static_cast<unsigned char>(st) : orthographic;
 }
 
-VX_RET_STATUS VX_Camera::setOrthographic(unsigned char on) {
-  VX_setUserError(0);
-  VX_RET_STATUS st = usable(__LINE__);
-  if (st <= 2) orthographic = on;
-  return st;
-}
+VX_RET_STATUS VX_Camera::setOrthographic(unsigned char on) { return copyIfUsable(orthographic, on, 0); }
 
 VX_RET_STATUS VX_Camera::zoom(float delta) {
   VX_setUserError(0);

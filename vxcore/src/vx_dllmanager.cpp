@@ -44,6 +44,14 @@ VX_RET_STATUS makeKey(const char* path, VX_String& key) {
   return static_cast<const char*>(key) ? VX_RET_TRUE : VX_FAIL(VX_RET_ERR_MEM);
 }
 
+// The record of `path` into `entry`, with its key into `key`: VX_RET_TRUE, VX_RET_FALSE for a
+// path that was never loaded, or an error (a manager not started is reported).
+VX_RET_STATUS findEntry(const char* path, VX_String& key, VX_DllEntry& entry) {
+  if (!table) return VX_FAIL(VX_RET_ERR_OBJ);
+  VX_RET_STATUS st = makeKey(path, key);
+  return st > 2 ? st : table->getEntryData(key, entry);
+}
+
 // The unload-all visit: each live module is released once and remembered as released.
 VX_RET_STATUS releaseOne(VX_String& path, VX_DllEntry& entry) {
   if (!entry.handle) return VX_FAIL(VX_RET_ERR_ARG);
@@ -93,10 +101,8 @@ VX_RET_STATUS VX_dllLoad(const char* path) {
   VX_RET_STATUS st = table ? VX_RET_TRUE : VX_dllEntryManagerInit();
   if (st > 2) return st;
   VX_String key;
-  st = makeKey(path, key);
-  if (st > 2) return st;
   VX_DllEntry entry;
-  st = table->getEntryData(key, entry);
+  st = findEntry(path, key, entry);
   if (st > 2) return st;
   if (st == VX_RET_TRUE) {
     entry.refCount += 1;
@@ -120,12 +126,9 @@ VX_RET_STATUS VX_dllLoad(const char* path) {
 VX_RET_STATUS VX_dllUnload(const char* path) {
   VX_setUserError(0);
   if (!path) return VX_RET_ERR_ARG;
-  if (!table) return VX_FAIL(VX_RET_ERR_OBJ);
   VX_String key;
-  VX_RET_STATUS st = makeKey(path, key);
-  if (st > 2) return st;
   VX_DllEntry entry;
-  st = table->getEntryData(key, entry);
+  VX_RET_STATUS st = findEntry(path, key, entry);
   if (st != VX_RET_TRUE) return st;
   if (entry.refCount == 0) return VX_FAIL(VX_RET_ERR_GEN);
   if (entry.refCount > 1) {
@@ -152,12 +155,9 @@ VX_RET_STATUS VX_dllGetHandle(const char* path, void** handle) {
   VX_setUserError(0);
   if (handle) *handle = nullptr;
   if (!path || !handle) return VX_RET_ERR_ARG;
-  if (!table) return VX_FAIL(VX_RET_ERR_OBJ);
   VX_String key;
-  VX_RET_STATUS st = makeKey(path, key);
-  if (st > 2) return st;
   VX_DllEntry entry;
-  st = table->getEntryData(key, entry);
+  VX_RET_STATUS st = findEntry(path, key, entry);
   if (st != VX_RET_TRUE) return st;
   *handle = entry.handle;
   return VX_RET_TRUE;
@@ -168,12 +168,9 @@ VX_RET_STATUS VX_dllGetProcAddress(const char* path, const char* name, void** pr
   if (!proc) return VX_RET_ERR_ARG;
   *proc = nullptr;
   if (!path || !name) return VX_RET_ERR_ARG;
-  if (!table) return VX_FAIL(VX_RET_ERR_OBJ);
   VX_String key;
-  VX_RET_STATUS st = makeKey(path, key);
-  if (st > 2) return st;
   VX_DllEntry entry;
-  st = table->getEntryData(key, entry);
+  VX_RET_STATUS st = findEntry(path, key, entry);
   if (st != VX_RET_TRUE) return st;
   if (isReleased(key)) {
     std::snprintf(lastReason, sizeof lastReason, "%s: the module was released by VX_dllUnloadAll", path);
