@@ -266,6 +266,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_BTREE_ROLLOVER_DIR findRollover(VX_BtreeNode* parent, unsigned int at, unsigned int& target);
   VX_RET_STATUS splitNode(VX_BtreeNode* node);
   VX_RET_STATUS childIndex(VX_BtreeNode* parent, VX_BtreeNode* child, unsigned int& index);
+  VX_RET_STATUS siblings(VX_BtreeNode* parent, unsigned int sep, VX_BtreeNode*& left, VX_BtreeNode*& right);
   VX_RET_STATUS moveToLeft(VX_BtreeNode* parent, unsigned int sep);
   VX_RET_STATUS moveToRight(VX_BtreeNode* parent, unsigned int sep);
   VX_RET_STATUS merge(VX_BtreeNode* parent, unsigned int sep);

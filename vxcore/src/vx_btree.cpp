@@ -1530,18 +1530,21 @@ VX_BTREE_ROLLOVER_DIR VX_Btree::findRollover(VX_BtreeNode* parent, unsigned int 
   return VX_BTREE_ROLLOVER_NONE;
 }
 
+// Children sep and sep + 1 of `parent`, the two sides of separator sep.
+VX_RET_STATUS VX_Btree::siblings(VX_BtreeNode* parent, unsigned int sep, VX_BtreeNode*& left,
+                                 VX_BtreeNode*& right) {
+  VX_RET_STATUS st = getNode(parent->links[sep], parent->selfLink.handle, left);
+  return st > 2 ? st : getNode(parent->links[sep + 1], parent->selfLink.handle, right);
+}
+
 // The first record of child sep + 1 goes up into separator sep, whose record comes down to the
 // end of child sep, with the first child link following it.
 VX_RET_STATUS VX_Btree::moveToLeft(VX_BtreeNode* parent, unsigned int sep) {
   VX_BtreeNode *left = nullptr, *right = nullptr;
-  VX_RET_STATUS st = getNode(parent->links[sep], parent->selfLink.handle, left);
-  if (st <= 2) st = getNode(parent->links[sep + 1], parent->selfLink.handle, right);
+  VX_RET_STATUS st = siblings(parent, sep, left, right);
   if (st > 2) return st;
   if (right->numElems == 0) return failAt(VX_RET_ERR_GEN, 2633);
-  if (st <= 2) st = touch(left);
-  if (st <= 2) st = touch(right);
-  if (st <= 2) st = touch(parent);
-  if (st > 2) return st;
+  if ((st = touch(left)) > 2 || (st = touch(right)) > 2 || (st = touch(parent)) > 2) return st;
   const size_t size = parent->slotSize;
   unsigned ln = left->numElems, rn = right->numElems;
   std::memcpy(left->slot(ln), parent->slot(sep), size);
@@ -1559,14 +1562,10 @@ VX_RET_STATUS VX_Btree::moveToLeft(VX_BtreeNode* parent, unsigned int sep) {
 // of child sep + 1, with the last child link following it.
 VX_RET_STATUS VX_Btree::moveToRight(VX_BtreeNode* parent, unsigned int sep) {
   VX_BtreeNode *left = nullptr, *right = nullptr;
-  VX_RET_STATUS st = getNode(parent->links[sep], parent->selfLink.handle, left);
-  if (st <= 2) st = getNode(parent->links[sep + 1], parent->selfLink.handle, right);
+  VX_RET_STATUS st = siblings(parent, sep, left, right);
   if (st > 2) return st;
   if (left->numElems == 0) return failAt(VX_RET_ERR_GEN, 2701);
-  if (st <= 2) st = touch(left);
-  if (st <= 2) st = touch(right);
-  if (st <= 2) st = touch(parent);
-  if (st > 2) return st;
+  if ((st = touch(left)) > 2 || (st = touch(right)) > 2 || (st = touch(parent)) > 2) return st;
   const size_t size = parent->slotSize;
   unsigned ln = left->numElems, rn = right->numElems;
   std::memmove(right->slot(1), right->slot(0), rn * size);
@@ -1626,8 +1625,7 @@ VX_RET_STATUS VX_Btree::splitNode(VX_BtreeNode* node) {
 // Children sep and sep + 1 and the separator between them become one node (the left one).
 VX_RET_STATUS VX_Btree::merge(VX_BtreeNode* parent, unsigned int sep) {
   VX_BtreeNode *left = nullptr, *right = nullptr;
-  VX_RET_STATUS st = getNode(parent->links[sep], parent->selfLink.handle, left);
-  if (st <= 2) st = getNode(parent->links[sep + 1], parent->selfLink.handle, right);
+  VX_RET_STATUS st = siblings(parent, sep, left, right);
   if (st > 2) return st;
   unsigned ln = left->numElems, rn = right->numElems;
   if (ln + 1 + rn > left->capacity) return failAt(VX_RET_ERR_GEN, 2709);
