@@ -153,7 +153,8 @@ int assignInput(VX_Array<VX_PubArg>& in, const char* serviceName, const char* as
       return 0;
     }
     if (!convertsTo(kind, value.c_str()))
-      return fail("<" + value + "> is not a value of kind " + VX_VarName(kind) + " for argument " + name);
+      return fail(std::string("<").append(value).append("> is not a value of kind ")
+                      .append(VX_VarName(kind)).append(" for argument ").append(name));
     return VX_str2Val(v, value.c_str()) > 2 ? fail("argument " + name + " could not be set") : 0;
   }
   std::string known;

@@ -289,14 +289,10 @@ VX_RET_STATUS VX_LList<T>::delCurElem(unsigned char advance) {
   Node* node = curNode();
   if (!node) return VX_RET_FALSE;
   unsigned int index = this->cur.index;
-  Node* next;
-  if (node == head) {
-    next = node->next;
-  } else if (node == tail) {
+  Node* next = node->next;
+  if (node != head && node == tail) {
     next = node->prev;
     --index;
-  } else {
-    next = node->next;
   }
   unlink(node);
   VX_deleteObject(node);

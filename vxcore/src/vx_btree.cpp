@@ -501,7 +501,7 @@ VX_RET_STATUS VX_BtreeNode::pack(VX_Version&, char* buffer, unsigned int& size, 
   std::memcpy(buffer + NodeHeader, records, used);
   std::memset(buffer + NodeHeader + used, 0, all - used);
   char* at = buffer + NodeHeader + all;
-  for (unsigned i = 0; i < order; ++i) put32(at + 4 * i, i <= numElems ? links[i].handle : 0);
+  for (std::size_t i = 0; i < order; ++i) put32(at + 4 * i, i <= numElems ? links[i].handle : 0);
   size = packedSize;
   return VX_RET_TRUE;
 }
@@ -521,7 +521,7 @@ VX_RET_STATUS VX_BtreeNode::unpack(VX_Version&, char* buffer, unsigned int& size
   for (unsigned i = 0; !why && i < n; ++i)
     if (checkSlot(buffer + NodeHeader + static_cast<size_t>(i) * slotSize) > 2) why = "a key not of the tree's shape";
   bool leaf = !why && get32(at) == 0;
-  for (unsigned i = 0; !why && i < order; ++i) {
+  for (std::size_t i = 0; !why && i < order; ++i) {
     uint32_t l = get32(at + 4 * i);
     if (i > n ? l != 0 : (l == 0) != leaf) why = "child links that do not fit the record count";
   }
@@ -533,7 +533,7 @@ VX_RET_STATUS VX_BtreeNode::unpack(VX_Version&, char* buffer, unsigned int& size
   selfLink = VX_BtreeLink(get32(buffer + 4));
   parentLink = VX_BtreeLink(get32(buffer + 8));
   std::memcpy(records, buffer + NodeHeader, static_cast<size_t>(n) * slotSize);
-  for (unsigned i = 0; i <= order; ++i) links[i] = VX_BtreeLink(i < order ? get32(at + 4 * i) : 0);
+  for (std::size_t i = 0; i <= order; ++i) links[i] = VX_BtreeLink(i < order ? get32(at + 4 * i) : 0);
   size = packedSize;
   return VX_RET_TRUE;
 }

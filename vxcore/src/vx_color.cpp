@@ -194,7 +194,7 @@ VX_RET_STATUS VX_Color::pack(VX_Version&, char* buffer, unsigned int& size, VX_S
   VX_setUserError(0);
   size = 0;
   if (!buffer || storage != VX_STORAGE_BINARY) return VX_FAIL(VX_RET_ERR_ARG);
-  for (int k = 0; k < 4; ++k) VX_putLE(buffer + 4 * k, channel[k]);
+  for (std::size_t k = 0; k < 4; ++k) VX_putLE(buffer + 4 * k, channel[k]);
   size = VX_COLOR_PACKED_SIZE;
   return VX_RET_TRUE;
 }
@@ -207,7 +207,7 @@ VX_RET_STATUS VX_Color::unpack(VX_Version&, char* buffer, unsigned int& size, VX
     VX_REPORT_ERROR("VX_Color unpack", "Packed colour needs %u bytes", static_cast<unsigned>(VX_COLOR_PACKED_SIZE));
     return VX_RET_ERR_ARG;
   }
-  for (int k = 0; k < 4; ++k) channel[k] = VX_getLE<float>(buffer + 4 * k);
+  for (std::size_t k = 0; k < 4; ++k) channel[k] = VX_getLE<float>(buffer + 4 * k);
   size = VX_COLOR_PACKED_SIZE;
   return VX_RET_TRUE;
 }
@@ -283,7 +283,7 @@ VX_PublicClass* VX_Color::createPublicObj(VX_Array<VX_PubArg>& args) {
     for (unsigned k = 0; ok && k < 4; ++k) {
       int i = 0;
       ok = form == 1 ? argValue(args, k + 1, VX_VAR_INT, i) : argValue(args, k + 1, VX_VAR_FLOAT, c[k]);
-      if (form == 1) c[k] = i * VX_COLOR_INT_SCALE;
+      if (form == 1) c[k] = static_cast<float>(i) * VX_COLOR_INT_SCALE;
     }
     if (!ok) {
       VX_REPORT_ERROR("VX_Color create", "Creation arguments are none, 1 and four ints, or 5 and four floats");

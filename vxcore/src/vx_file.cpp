@@ -497,6 +497,7 @@ StoredAs<T> toStored(T value) {
 template <class T>
 T fromStored(StoredAs<T> stored) {
   if constexpr (std::is_pointer<T>::value)
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): a packed pointer is its low 32 bits, by format
     return reinterpret_cast<T>(static_cast<uintptr_t>(stored));
   else
     return static_cast<T>(stored);

@@ -605,7 +605,7 @@ VX_RET_STATUS VX_FileBinaryRec::tableIO(bool writing) {
     unsigned n = dim - done < TableChunk ? dim - done : TableChunk;
     unsigned bytes = n * VX_FILE_BINREC_TBL_ENTRY_SIZE;
     if (writing) {
-      for (unsigned i = 0; i < n; ++i) {
+      for (std::size_t i = 0; i < n; ++i) {
         VX_FileBinrecTblEntry& e = state->freeRecTbl[done + i];
         VX_putLE(raw + 8 * i, e.recSize, 4);
         VX_putLE(raw + 8 * i + 4, static_cast<uint32_t>(e.firstFree), 4);
@@ -615,7 +615,7 @@ VX_RET_STATUS VX_FileBinaryRec::tableIO(bool writing) {
     } else {
       VX_RET_STATUS st = transfer(false, raw, bytes);
       if (st > 2) return st;
-      for (unsigned i = 0; i < n; ++i) {
+      for (std::size_t i = 0; i < n; ++i) {
         state->freeRecTbl[done + i].recSize = static_cast<unsigned>(VX_getLE(raw + 8 * i, 4));
         int32_t first = static_cast<int32_t>(static_cast<uint32_t>(VX_getLE(raw + 8 * i + 4, 4)));
         state->freeRecTbl[done + i].firstFree = first;

@@ -76,6 +76,7 @@ unsigned char VX_StringArr::strArrCheckErr() {
   return errFlag;
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): strArrCopy returns at once on itself
 VX_StringArr& VX_StringArr::operator=(const VX_StringArr& other) {
   VX_setUserError(0);
   strArrCopy(other);
