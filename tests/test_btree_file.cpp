@@ -48,28 +48,17 @@ TEST_F(BtreeFile, HeaderAndRecordTypesAreAsWritten) {
   makeIntTree(3);
   std::string bytes = vxtest::readFileBytes(path);
   ASSERT_GT(bytes.size(), 116u + 16 + 48);
-  EXPECT_EQ(rd32(bytes, 108), 2u) << "record types 0 and 1 only";
-  EXPECT_EQ(rd32(bytes, 116), 0u);
-  unsigned packed = 3 * (4 + 12) + 12 + 4 * 4;
-  EXPECT_EQ(rd32(bytes, 124), packed);
-  size_t h = 116 + 16;
-  EXPECT_EQ(rd32(bytes, 104), 48u);
-  EXPECT_EQ(rd32(bytes, h + 0), 4u);   // order
-  EXPECT_EQ(rd32(bytes, h + 4), 1u);   // key count
-  EXPECT_EQ(rd32(bytes, h + 8), 0u);   // string keys
-  EXPECT_EQ(rd32(bytes, h + 16), 4u);  // record size, unchanged without data blocks
-  EXPECT_EQ(rd32(bytes, h + 20), 0u);
-  EXPECT_EQ(rd32(bytes, h + 24), 3u);  // records
-  EXPECT_EQ(rd32(bytes, h + 28), h + 48) << "the root is the first record";
-  // The root node's record: count, own link, no parent, keys in order.
-  size_t root = h + 48 + 12;
-  EXPECT_EQ(rd32(bytes, root), 3u);
-  EXPECT_EQ(rd32(bytes, root + 4), h + 48);
-  EXPECT_EQ(rd32(bytes, root + 8), 0u);
-  EXPECT_EQ(rd32(bytes, root + 12), static_cast<uint32_t>(VX_VAR_INT));
-  EXPECT_EQ(rd32(bytes, root + 12 + 4), 1u);
-  EXPECT_EQ(rd32(bytes, root + 12 + 16 + 4), 2u);
-
+  const uint32_t h = 116 + 16, root = h + 48 + 12;  // the tree's header; the root node's record
+  const uint32_t layout[][2] = {
+      {108, 2},                          // record types 0 and 1 only
+      {116, 0}, {124, 3 * (4 + 12) + 12 + 4 * 4}, {104, 48},
+      {h, 4}, {h + 4, 1}, {h + 8, 0},    // order, key count, string keys
+      {h + 16, 4}, {h + 20, 0},          // record size, unchanged without data blocks
+      {h + 24, 3}, {h + 28, h + 48},     // records; the root is the first record
+      {root, 3}, {root + 4, h + 48}, {root + 8, 0},  // count, own link, no parent
+      {root + 12, VX_VAR_INT}, {root + 16, 1}, {root + 32, 2},  // keys in order
+  };
+  for (auto& [at, value] : layout) EXPECT_EQ(rd32(bytes, at), value) << "at " << at;
   VX_VarArr tmpl;
   VX_Btree again(name(), tmpl);
   ASSERT_TRUE(again.objIsEnabled());
