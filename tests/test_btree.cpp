@@ -13,7 +13,7 @@ namespace {
 using vxtest::intKey;
 
 struct Node {
-  unsigned level, count;
+  unsigned level;
   std::vector<int> keys;
 };
 std::vector<Node>* nodesSeen = nullptr;
@@ -23,15 +23,12 @@ std::vector<unsigned>* events = nullptr;
 VX_RET_STATUS byNode(VX_BtreeIteratorStruct& it) {
   if (events) events->push_back(it.event);
   if (!nodesSeen) return VX_RET_TRUE;
-  if (it.event == 2) nodesSeen->push_back({it.level, 0, {}});
-  if (it.event == 3) {
-    nodesSeen->back().count++;
-    nodesSeen->back().keys.push_back(it.key[0].i());
-  }
+  if (it.event == 2) nodesSeen->push_back({it.level, {}});
+  if (it.event == 3) nodesSeen->back().keys.push_back(it.key[0].i());
   return VX_RET_TRUE;
 }
 
-std::vector<Node> shapeOf(VX_Btree& tree) {
+std::vector<Node> nodesOf(VX_Btree& tree) {
   std::vector<Node> out;
   nodesSeen = &out;
   EXPECT_EQ(tree.breadthIterator(byNode), VX_RET_TRUE);
@@ -39,11 +36,25 @@ std::vector<Node> shapeOf(VX_Btree& tree) {
   return out;
 }
 
-void insertAll(VX_Btree& tree, const std::vector<int>& keys) {
+// The breadth walk as text: nodes in brackets, levels apart by " /", e.g. "[30] / [10 20] [40 50]".
+std::string shapeOf(VX_Btree& tree) {
+  std::string out;
+  unsigned level = 0;
+  for (const Node& n : nodesOf(tree)) {
+    out += n.level != level ? " / [" : out.empty() ? "[" : " [";
+    level = n.level;
+    for (size_t i = 0; i < n.keys.size(); ++i) out += (i ? " " : "") + std::to_string(n.keys[i]);
+    out += "]";
+  }
+  return out;
+}
+
+// Inserts each positive key with a 4-byte record and deletes each negated one.
+void applyOps(VX_Btree& tree, const std::vector<int>& ops) {
   char rec[4] = {};
-  for (int k : keys) {
-    VX_VarArr key = intKey(k);
-    ASSERT_EQ(tree.writeRec(key, rec, nullptr), VX_RET_TRUE) << k;
+  for (int k : ops) {
+    VX_VarArr key = intKey(k < 0 ? -k : k);
+    ASSERT_EQ(k < 0 ? tree.deleteRec(key) : tree.writeRec(key, rec, nullptr), VX_RET_TRUE) << k;
   }
 }
 
@@ -72,7 +83,7 @@ TEST(BtreeNode, ShapeFollowsTheOrder) {
 TEST(BtreeNode, UnpackRefusesNodesThatDoNotFitTheShape) {
   VX_VarArr tmpl = intKey(0);
   VX_Btree tree(4, tmpl, 4, 0);
-  insertAll(tree, {1, 2, 3, 4, 5});
+  applyOps(tree, {1, 2, 3, 4, 5});
   VX_BtreeNode node(4, tmpl, 4);
   VX_Version v;
   unsigned size = node.getPackedSize(v, VX_STORAGE_BINARY);
@@ -106,19 +117,6 @@ TEST(BtreeNode, UnpackRefusesNodesThatDoNotFitTheShape) {
   EXPECT_GT(node.unpackFrom(v, good.data(), size - 1, used, VX_STORAGE_BINARY), 2) << "short block";
 }
 
-TEST(Btree, OrderBelowThreeIsRefused) {
-  vxtest::CaptureReporter rep;
-  VX_VarArr tmpl = intKey(0);
-  VX_Btree tree(2, tmpl, 4, 0);
-  EXPECT_FALSE(tree.objIsEnabled());
-  EXPECT_TRUE(rep.mentions("btree order less than 3"));
-  char rec[4] = {};
-  VX_VarArr key = intKey(1);
-  EXPECT_EQ(tree.writeRec(key, rec, nullptr), VX_RET_ERR_OBJ);
-  EXPECT_EQ(tree.readRec(key, rec, nullptr), VX_RET_ERR_OBJ);
-  EXPECT_EQ(tree.getNum(), 0u);
-}
-
 TEST(Btree, UpdateKeepsTheCountAndNewKeysCanBeRefused) {
   VX_VarArr tmpl = intKey(0);
   VX_Btree tree(5, tmpl, 4, 0);
@@ -135,6 +133,10 @@ TEST(Btree, UpdateKeepsTheCountAndNewKeysCanBeRefused) {
   EXPECT_EQ(tree.writeRec(key, const_cast<char*>("1234"), nullptr), VX_RET_TRUE);
   EXPECT_EQ(tree.getNum(), 1u);
   vxtest::CaptureReporter rep;
+  VX_Btree low(2, tmpl, 4, 0);  // a refused tree refuses every call
+  EXPECT_TRUE(!low.objIsEnabled() && rep.mentions("btree order less than 3"));
+  EXPECT_EQ((std::vector<int>{low.writeRec(key, rec, nullptr), low.readRec(key, rec, nullptr), int(low.getNum())}),
+            (std::vector<int>{VX_RET_ERR_OBJ, VX_RET_ERR_OBJ, 0}));
   EXPECT_EQ(tree.readRec(key, nullptr, nullptr), VX_RET_ERR_ARG);
   VX_VarArr wrongKind(1, VX_VAR_DOUBLE, 0);
   EXPECT_EQ(tree.readRec(wrongKind, rec, nullptr), VX_RET_ERR_ARG);
@@ -142,35 +144,38 @@ TEST(Btree, UpdateKeepsTheCountAndNewKeysCanBeRefused) {
   EXPECT_EQ(tree.writeRec(twoFields, rec, nullptr), VX_RET_ERR_ARG);
 }
 
-TEST(Btree, SplitDividesTheOverfullNodeAroundItsMiddle) {
-  VX_VarArr tmpl = intKey(0);
+// Order 5 (capacity 4, at least 2 a node): each row starts from an empty tree.
+TEST(Btree, InsertionSplitsOrRollsOverAndDeletionBorrowsOrMerges) {
+  struct { std::vector<int> ops; const char* shape; } rows[] = {
+      {{10, 20, 30, 40}, "[10 20 30 40]"},
+      // A full root always splits: 5 records, 3 | 2, the third goes up.
+      {{10, 20, 30, 40, 50}, "[30] / [10 20] [40 50]"},
+      {{10, 20, 30, 40, 50, 60, 70}, "[30] / [10 20] [40 50 60 70]"},
+      // The left leaf has 2 < capacity - 1: one record passes left instead of a split...
+      {{10, 20, 30, 40, 50, 60, 70, 80}, "[40] / [10 20 30] [50 60 70 80]"},
+      // ...and once it holds capacity - 1 there is no room: split.
+      {{10, 20, 30, 40, 50, 60, 70, 80, 90}, "[40 70] / [10 20 30] [50 60] [80 90]"},
+      // The left leaf falls below 2: rotate from the right.
+      {{10, 20, 30, 40, 50, 60, -10}, "[40] / [20 30] [50 60]"},
+      // No sibling can spare: merge, and the emptied root goes.
+      {{10, 20, 30, 40, 50, 60, -10, -60}, "[20 30 40 50]"},
+      // An inner record: the predecessor leaf is at its minimum, so the successor goes up...
+      {{10, 20, 30, 40, 50, 60, -30}, "[40] / [10 20] [50 60]"},
+      // ...and when the predecessor leaf can spare, the predecessor goes up.
+      {{10, 20, 30, 40, 50, 60, -30, 15, -40}, "[20] / [10 15] [50 60]"},
+  };
+  for (auto& row : rows) {
+    VX_VarArr tmpl = intKey(0);
+    VX_Btree tree(5, tmpl, 4, 0);
+    applyOps(tree, row.ops);
+    EXPECT_EQ(shapeOf(tree), row.shape);
+    EXPECT_EQ(tree.check(), VX_RET_TRUE) << row.shape;
+  }
+  VX_VarArr tmpl = intKey(0), absent = intKey(99);
   VX_Btree tree(5, tmpl, 4, 0);
-  insertAll(tree, {10, 20, 30, 40});
-  ASSERT_EQ(shapeOf(tree).size(), 1u);
-  insertAll(tree, {50});  // a full root always splits: 5 records, 3 | 2, the third goes up
-  auto shape = shapeOf(tree);
-  ASSERT_EQ(shape.size(), 3u);
-  EXPECT_EQ(shape[0].keys, std::vector<int>({30}));
-  EXPECT_EQ(shape[1].keys, std::vector<int>({10, 20}));
-  EXPECT_EQ(shape[2].keys, std::vector<int>({40, 50}));
-  EXPECT_EQ(shape[1].level, 1u);
-}
-
-TEST(Btree, FullLeafRollsOverToANeighbourWithRoomInsteadOfSplitting) {
-  VX_VarArr tmpl = intKey(0);
-  VX_Btree tree(5, tmpl, 4, 0);
-  insertAll(tree, {10, 20, 30, 40, 50});  // [10 20] 30 [40 50]
-  insertAll(tree, {60, 70});              // right leaf full: [40 50 60 70]
-  ASSERT_EQ(shapeOf(tree)[2].keys, std::vector<int>({40, 50, 60, 70}));
-  insertAll(tree, {80});  // left leaf has 2 < capacity - 1: one record passes left
-  auto shape = shapeOf(tree);
-  ASSERT_EQ(shape.size(), 3u);
-  EXPECT_EQ(shape[0].keys, std::vector<int>({40}));
-  EXPECT_EQ(shape[1].keys, std::vector<int>({10, 20, 30}));
-  EXPECT_EQ(shape[2].keys, std::vector<int>({50, 60, 70, 80}));
-  insertAll(tree, {90});  // left leaf now has capacity - 1: no room, split
-  EXPECT_EQ(shapeOf(tree).size(), 4u);
-  EXPECT_EQ(tree.check(), VX_RET_TRUE);
+  applyOps(tree, {10, 20});
+  EXPECT_EQ(tree.deleteRec(absent), VX_RET_FALSE);
+  EXPECT_EQ(tree.getNum(), 2u);
 }
 
 TEST(Btree, AscendingInsertionKeepsLeavesPackedThroughRollover) {
@@ -178,55 +183,14 @@ TEST(Btree, AscendingInsertionKeepsLeavesPackedThroughRollover) {
   VX_Btree tree(5, tmpl, 4, 0);
   std::vector<int> keys;
   for (int k = 1; k <= 200; ++k) keys.push_back(k * 10);
-  insertAll(tree, keys);
+  applyOps(tree, keys);
   EXPECT_EQ(tree.check(), VX_RET_TRUE);
   // Ascending insertion with rollover packs leaves: nearly all hold capacity - 1 or more.
-  auto shape = shapeOf(tree);
+  auto nodes = nodesOf(tree);
   unsigned leaves = 0, recs = 0;
-  for (auto& n : shape)
-    if (n.level == shape.back().level) {
-      ++leaves;
-      recs += n.count;
-    }
+  for (auto& n : nodes)
+    if (n.level == nodes.back().level) ++leaves, recs += unsigned(n.keys.size());
   EXPECT_GT(recs, leaves * 3 - 2) << "leaves hold " << recs << " in " << leaves;
-}
-
-TEST(Btree, DeletionBorrowsThenMergesAndTheEmptiedRootGoes) {
-  VX_VarArr tmpl = intKey(0);
-  VX_Btree tree(5, tmpl, 4, 0);
-  insertAll(tree, {10, 20, 30, 40, 50, 60});  // [10 20] 30 [40 50 60]
-  VX_VarArr k10 = intKey(10);
-  ASSERT_EQ(tree.deleteRec(k10), VX_RET_TRUE);  // left below 2: rotate from the right
-  auto shape = shapeOf(tree);
-  ASSERT_EQ(shape.size(), 3u);
-  EXPECT_EQ(shape[0].keys, std::vector<int>({40}));
-  EXPECT_EQ(shape[1].keys, std::vector<int>({20, 30}));
-  EXPECT_EQ(shape[2].keys, std::vector<int>({50, 60}));
-  VX_VarArr k60 = intKey(60);
-  ASSERT_EQ(tree.deleteRec(k60), VX_RET_TRUE);  // no sibling can spare: merge, root goes
-  shape = shapeOf(tree);
-  ASSERT_EQ(shape.size(), 1u);
-  EXPECT_EQ(shape[0].keys, std::vector<int>({20, 30, 40, 50}));
-  VX_VarArr absent = intKey(99);
-  EXPECT_EQ(tree.deleteRec(absent), VX_RET_FALSE);
-  EXPECT_EQ(tree.getNum(), 4u);
-}
-
-TEST(Btree, InnerRecordIsReplacedByItsPredecessorOrSuccessor) {
-  VX_VarArr tmpl = intKey(0);
-  VX_Btree tree(5, tmpl, 4, 0);
-  insertAll(tree, {10, 20, 30, 40, 50, 60});  // [10 20] 30 [40 50 60]
-  VX_VarArr k30 = intKey(30);
-  ASSERT_EQ(tree.deleteRec(k30), VX_RET_TRUE);  // predecessor leaf at minimum: successor 40 goes up
-  auto shape = shapeOf(tree);
-  EXPECT_EQ(shape[0].keys, std::vector<int>({40}));
-  EXPECT_EQ(shape[2].keys, std::vector<int>({50, 60}));
-  insertAll(tree, {15});
-  VX_VarArr k40 = intKey(40);
-  ASSERT_EQ(tree.deleteRec(k40), VX_RET_TRUE);  // predecessor leaf can spare: 20 goes up
-  shape = shapeOf(tree);
-  EXPECT_EQ(shape[0].keys, std::vector<int>({20}));
-  EXPECT_EQ(tree.check(), VX_RET_TRUE);
 }
 
 // Random inserts and deletes large enough for every restructuring, at several orders.
@@ -278,7 +242,7 @@ TEST(Btree, MultiFieldKeysOrderFieldByField) {
 TEST(BtreeWalks, EventsStopAndRanges) {
   VX_VarArr tmpl = intKey(0);
   VX_Btree tree(4, tmpl, 4, 0);
-  insertAll(tree, {3, 1, 2});
+  applyOps(tree, {3, 1, 2});
   std::vector<unsigned> ev;
   events = &ev;
   ASSERT_EQ(tree.breadthIterator(byNode), VX_RET_TRUE);
@@ -287,7 +251,7 @@ TEST(BtreeWalks, EventsStopAndRanges) {
 
   std::vector<int> keys;
   for (int k = 0; k < 100; ++k) keys.push_back(k * 2);
-  insertAll(tree, keys);
+  applyOps(tree, keys);
   static int calls;
   calls = 0;
   auto stopAtOnce = [](VX_BtreeIteratorStruct& it) {
@@ -347,10 +311,8 @@ TEST(BtreeWalks, BreadthWalkNamesTheParentsFirstRecord) {
     return VX_RET_TRUE;
   }), VX_RET_TRUE);
   // Order 3 never rolls over: 1..7 ascending gives a full three-level tree rooted at 4.
-  std::string r2 = std::to_string(vxtest::recFor(2, 0, 4)[0] & 0xff), r4 = std::to_string(vxtest::recFor(4, 0, 4)[0] & 0xff),
-              r6 = std::to_string(vxtest::recFor(6, 0, 4)[0] & 0xff);
-  EXPECT_EQ(seen, std::vector<std::string>({"0:", "1:4/" + r4, "1:4/" + r4, "2:2/" + r2, "2:2/" + r2, "2:6/" + r6,
-                                            "2:6/" + r6}));
+  auto p = [](int k) { return std::to_string(k) + "/" + std::to_string(vxtest::recFor(k, 0, 4)[0] & 0xff); };
+  EXPECT_EQ(seen, std::vector<std::string>({"0:", "1:" + p(4), "1:" + p(4), "2:" + p(2), "2:" + p(2), "2:" + p(6), "2:" + p(6)}));
 }
 
 TEST(Btree, NthRecordCopiesComparisonAndCompress) {
@@ -387,11 +349,8 @@ TEST(Btree, NthRecordCopiesComparisonAndCompress) {
   unsigned order, recSize, blockSize;
   VX_VarArr t;
   ASSERT_EQ(assigned.getInfo(type, order, t, recSize, blockSize), VX_RET_TRUE);
-  EXPECT_EQ(type, VX_BTREE_MEMORY);
-  EXPECT_EQ(order, 6u);
-  EXPECT_EQ(recSize, 4u);
-  EXPECT_EQ(blockSize, 4u);
-  EXPECT_EQ(t.numElems(), 1u);
+  EXPECT_EQ((std::vector<unsigned>{unsigned(type), order, recSize, blockSize, t.numElems()}),
+            (std::vector<unsigned>{VX_BTREE_MEMORY, 6, 4, 4, 1}));
 
   for (int k = 0; k < 300; k += 2) {
     VX_VarArr key2 = intKey(k * 3);

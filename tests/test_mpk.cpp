@@ -105,23 +105,17 @@ TEST_F(Mpk, ADescriptionSavedAndLoadedComesBackWholeWithPathsFromItsDirectory) {
   EXPECT_EQ(loaded.getDependencies().numElems(), 2u);
   EXPECT_EQ(str(loaded.getBitmaps()[0].file), "img/logo.bmp");
 
-  VX_String out;
-  const std::string dir = tmp.path() + "/";
-  EXPECT_EQ(loaded.getMPKDir(out), VX_RET_TRUE);
-  EXPECT_EQ(str(out), dir);  // ends in "/" already: no separator added
-  EXPECT_EQ(loaded.getHelpFilePath(out), VX_RET_TRUE);
-  EXPECT_EQ(str(out), dir + "shapes.hlp");
-  EXPECT_EQ(loaded.getBitmapPath("logo", out), VX_RET_TRUE);
-  EXPECT_EQ(str(out), dir + "img/logo.bmp");
-  VX_String asked("logo");  // the name asked for may be the result's own text
-  EXPECT_EQ(loaded.getBitmapPath(asked, asked), VX_RET_TRUE);
-  EXPECT_EQ(str(asked), dir + "img/logo.bmp");
-  EXPECT_EQ(loaded.getBitmapPath("", out), VX_RET_FALSE);  // an unnamed bitmap is never found
-  EXPECT_EQ(loaded.getBitmapPath("nope", out), VX_RET_FALSE);
-  EXPECT_EQ(out, nullptr);
+  // Each lookup as "status:result"; the directory ends in "/" already, so no separator is added.
+  VX_String out, asked("logo");  // the name asked for may be the result's own text
+  auto got = [](VX_RET_STATUS st, const VX_String& s) { return std::to_string(st) + ":" + str(s); };
+  const std::string dir = "1:" + tmp.path() + "/";
+  EXPECT_EQ((std::vector<std::string>{got(loaded.getMPKDir(out), out), got(loaded.getHelpFilePath(out), out),
+                                      got(loaded.getBitmapPath("logo", out), out), got(loaded.getBitmapPath(asked, asked), asked),
+                                      got(loaded.getMainDllPath(out), out), got(loaded.getBitmapPath("", out), out),
+                                      got(loaded.getBitmapPath("nope", out), out)}),
+            (std::vector<std::string>{dir, dir + "shapes.hlp", dir + "img/logo.bmp", dir + "img/logo.bmp", dir + "good.so",
+                                      "0:<null>", "0:<null>"}));  // an unnamed bitmap is never found
   EXPECT_EQ(loaded.getBitmapPath(nullptr, out), VX_RET_ERR_ARG);
-  EXPECT_EQ(loaded.getMainDllPath(out), VX_RET_TRUE);
-  EXPECT_EQ(str(out), dir + "good.so");
 
   unsigned int size = 1;
   VX_FileBinary file;
@@ -351,14 +345,10 @@ TEST_F(Mpk, AManagerWithoutAPackageIsNotEnabled) {
   VX_String out;
   EXPECT_EQ(mpk.getMPKDir(out), VX_RET_ERR_POBJ);
   EXPECT_TRUE(reporter.reports.empty());  // the one quiet refusal
-  EXPECT_EQ(mpk.getMPKName(), nullptr);
-  EXPECT_EQ(mpk.getMPKGUID(), nullptr);
-  EXPECT_EQ(mpk.getMPKPath(), nullptr);
-  EXPECT_EQ(mpk.getMainDll(out), VX_RET_ERR_POBJ);
-  EXPECT_EQ(mpk.getHelpFilePath(out), VX_RET_ERR_POBJ);
-  EXPECT_EQ(mpk.getBitmapPath("logo", out), VX_RET_ERR_POBJ);
-  EXPECT_EQ(mpk.openMPK(), VX_RET_ERR_POBJ);
-  EXPECT_EQ(mpk.loadMPK(), VX_RET_ERR_POBJ);
+  EXPECT_TRUE(!mpk.getMPKName() && !mpk.getMPKGUID() && !mpk.getMPKPath());
+  EXPECT_EQ((std::vector<int>{mpk.getMainDll(out), mpk.getHelpFilePath(out), mpk.getBitmapPath("logo", out),
+                              mpk.openMPK(), mpk.loadMPK()}),
+            std::vector<int>(5, VX_RET_ERR_POBJ));
   EXPECT_EQ(reporter.count(VX_RET_ERR_POBJ), 8);
   EXPECT_EQ(mpk.setMPKPath(nullptr), VX_RET_ERR_ARG);
   VX_MPK damaged(package("damaged.mpk", "good.so").c_str());

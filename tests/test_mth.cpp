@@ -335,7 +335,7 @@ TEST(Matrix, PacksRowsColumnsAndEntriesAndRefusesHostileBlocks) {
   EXPECT_EQ(entries(target), (F{0, 1, 2, 3}));
 }
 
-TEST(Matrix, FileFormRoundTripsAndRefusesCountsBeyondTheFile) {
+TEST(Matrix, FileFormRoundTripsAndTextFormGoesRowByRow) {
   vxtest::CaptureReporter rep;
   vxtest::TempDir dir;
   std::string path = dir.file("m.bin");
@@ -357,9 +357,7 @@ TEST(Matrix, FileFormRoundTripsAndRefusesCountsBeyondTheFile) {
   EXPECT_EQ((S{back.restore(v, f, size), back == m}), (S{VX_RET_ERR_FILE, 1}));
   EXPECT_TRUE(rep.mentions("Matrix is 4096 x 4096"));
   f.close();
-}
-
-TEST(Matrix, PrintsRowByRow) {
+  // The text form: row by row.
   static std::string out;
   out.clear();
   VX_OStream stream;

@@ -39,19 +39,45 @@ VX_PubArg described(const char* name, int value) {
 
 }  // namespace
 
-TEST(PubArg, DefaultsAndCopyConstructionTakeTheValueOnly) {
-  VX_PubArg a;
-  EXPECT_TRUE(a.objIsEnabled() && a.numElems() == 1u && a.varType() == VX_VAR_WILD);
-  EXPECT_TRUE(a.assignMethod() == VX_PUBARG_ASSIGN_CAST && a.valueListIsFixed() && a.getBrowser() == -1);
-  EXPECT_TRUE(!a.isFixedType() && !a.isReadOnly() && a.getArgOption() == 0 && a.getValueList().numElems() == 0u);
-  a[0] = 2.5;  // unlocked wild takes the kind, then another one too
-  a[0] = 3;
-  EXPECT_EQ(a.varType(), VX_VAR_INT);
+TEST(PubArg, CopyConstructionTakesTheValueAndCopyTakesEverything) {
+  VX_PubArg w;
+  EXPECT_TRUE(w.objIsEnabled() && w.numElems() == 1u && w.varType() == VX_VAR_WILD);
+  EXPECT_TRUE(w.assignMethod() == VX_PUBARG_ASSIGN_CAST && w.valueListIsFixed() && w.getBrowser() == -1);
+  EXPECT_TRUE(!w.isFixedType() && !w.isReadOnly() && w.getArgOption() == 0 && w.getValueList().numElems() == 0u);
+  w[0] = 2.5;  // unlocked wild takes the kind, then another one too
+  w[0] = 3;
+  EXPECT_EQ(w.varType(), VX_VAR_INT);
   VX_PubArg named = described("n", 9), copied(named);
   EXPECT_TRUE(copied == named && copied[0].i() == 9);
   EXPECT_EQ(copied.getName().strLeng(), 0u);
-  a.delAll();
-  EXPECT_EQ(a.varType(), VX_VAR_UNDEF);
+  w.delAll();
+  EXPECT_EQ(w.varType(), VX_VAR_UNDEF);
+  // Equality is on values; copy() takes every description, and so do arrays as they grow.
+  VX_PubArg a = described("a", 3), b = described("b", 3), full;
+  EXPECT_TRUE(a == b && !(a != b));
+  b[0] = 4;
+  EXPECT_FALSE(a == b);
+  describe(a, "desc", {"x"}, 0, VX_PUBARG_BROWSER_COLOR, "*.png", 1, 1, 11);
+  a.setAssignMethod(VX_PUBARG_ASSIGN_PLAIN);
+  full.set(VX_VAR_DOUBLE, nullptr);
+  full.setLockVarType(1);
+  ASSERT_EQ(full.copy(a), VX_RET_TRUE);
+  EXPECT_TRUE(full == a && full.varType() == VX_VAR_INT);
+  EXPECT_TRUE(full.getName() == "a" && full.getDesc() == "desc" && full.getValueList().numElems() == 1u);
+  EXPECT_TRUE(!full.valueListIsFixed() && full.getBrowser() == VX_PUBARG_BROWSER_COLOR && full.isFixedType());
+  EXPECT_TRUE(full.isReadOnly() && full.getArgOption() == 11 && full.assignMethod() == VX_PUBARG_ASSIGN_PLAIN);
+  EXPECT_STREQ(full.getBrowserFilterType(), "*.png");
+  EXPECT_EQ(full.copy(full), VX_RET_TRUE);
+  VX_Array<VX_PubArg> args, copy;
+  for (int k = 0; k < 4; ++k) {
+    ASSERT_EQ(args.insElems(VX_INS_AFTER, args.numElems() ? args.numElems() - 1 : 0, 1), VX_RET_TRUE);
+    args[k].copy(described(("arg" + std::to_string(k)).c_str(), k));
+  }
+  for (int k = 0; k < 4; ++k) EXPECT_TRUE(args[k].getName() == ("arg" + std::to_string(k)).c_str() && args[k][0].i() == k);
+  ASSERT_EQ(VX_copyPubArgArr(copy, args), VX_RET_TRUE);
+  EXPECT_TRUE(copy.numElems() == 4u && copy[3].getName() == "arg3" && copy[3][0].i() == 3);
+  VX_Array<VX_PubArg> empty;
+  EXPECT_TRUE(VX_copyPubArgArr(copy, empty) == VX_RET_TRUE && copy.numElems() == 0u);
 }
 
 TEST(PubArg, AssignmentFollowsTheReceiversMethod) {
@@ -93,37 +119,6 @@ TEST(PubArg, AssignmentFollowsTheReceiversMethod) {
   to.setAssignMethod(static_cast<VX_PUBARG_ASSIGN_METHOD>(7));
   to = described("from", 1);
   EXPECT_TRUE(to[0].i() == 5 && rep.count(VX_RET_ERR_ARG) == 1);
-}
-
-TEST(PubArg, EqualityIsOnValuesAndCopyTakesEverything) {
-  VX_PubArg a = described("a", 3), b = described("b", 3), full;
-  EXPECT_TRUE(a == b && !(a != b));
-  b[0] = 4;
-  EXPECT_FALSE(a == b);
-  describe(a, "desc", {"x"}, 0, VX_PUBARG_BROWSER_COLOR, "*.png", 1, 1, 11);
-  a.setAssignMethod(VX_PUBARG_ASSIGN_PLAIN);
-  full.set(VX_VAR_DOUBLE, nullptr);
-  full.setLockVarType(1);
-  ASSERT_EQ(full.copy(a), VX_RET_TRUE);
-  EXPECT_TRUE(full == a && full.varType() == VX_VAR_INT);
-  EXPECT_TRUE(full.getName() == "a" && full.getDesc() == "desc" && full.getValueList().numElems() == 1u);
-  EXPECT_TRUE(!full.valueListIsFixed() && full.getBrowser() == VX_PUBARG_BROWSER_COLOR && full.isFixedType());
-  EXPECT_TRUE(full.isReadOnly() && full.getArgOption() == 11 && full.assignMethod() == VX_PUBARG_ASSIGN_PLAIN);
-  EXPECT_STREQ(full.getBrowserFilterType(), "*.png");
-  EXPECT_EQ(full.copy(full), VX_RET_TRUE);
-}
-
-TEST(PubArg, ArraysKeepDescriptionsWhenTheyGrow) {
-  VX_Array<VX_PubArg> args, copy;
-  for (int k = 0; k < 4; ++k) {
-    ASSERT_EQ(args.insElems(VX_INS_AFTER, args.numElems() ? args.numElems() - 1 : 0, 1), VX_RET_TRUE);
-    args[k].copy(described(("arg" + std::to_string(k)).c_str(), k));
-  }
-  for (int k = 0; k < 4; ++k) EXPECT_TRUE(args[k].getName() == ("arg" + std::to_string(k)).c_str() && args[k][0].i() == k);
-  ASSERT_EQ(VX_copyPubArgArr(copy, args), VX_RET_TRUE);
-  EXPECT_TRUE(copy.numElems() == 4u && copy[3].getName() == "arg3" && copy[3][0].i() == 3);
-  VX_Array<VX_PubArg> empty;
-  EXPECT_TRUE(VX_copyPubArgArr(copy, empty) == VX_RET_TRUE && copy.numElems() == 0u);
 }
 
 TEST(PubArg, BuildsArgumentsFromADeclarationTable) {

@@ -66,16 +66,12 @@ inline void driveAgainstModel(VX_Btree& tree, Model& model, unsigned recSize, un
     seen = &s;
     ASSERT_EQ(tree.inOrderIterator(collect), VX_RET_TRUE);
     seen = nullptr;
-    ASSERT_EQ(s.keys.size(), model.size());
-    size_t i = 0;
+    Seen want;
     for (auto& [k, v] : model) {
-      ASSERT_EQ(s.keys[i], k);
-      ASSERT_EQ(s.recs[i], v.first) << "key " << k;
-      if (blockSize) {
-        ASSERT_EQ(s.blocks[i], v.second) << "key " << k;
-      }
-      ++i;
+      want.keys.push_back(k), want.recs.push_back(v.first);
+      if (blockSize) want.blocks.push_back(v.second);
     }
+    ASSERT_TRUE(s.keys == want.keys && s.recs == want.recs && s.blocks == want.blocks) << "walk differs from the model";
   };
   for (int step = 1; step <= ops; ++step) {
     int k = static_cast<int>(rng() % static_cast<unsigned>(keyRange));
