@@ -1,13 +1,14 @@
-// VX_AdapterStore: the storage the stack and the queue share.
+/// \file
+/// VX_AdapterStore: the storage the stack and the queue share.
 #ifndef VX_ADAPTER_H
 #define VX_ADAPTER_H
 
 #include "vx_vcarray.h"
 
-// VX_AdapterStore<T>: owns one storage made at full size, either a fixed VX_Array<T> (the
-// capacity is final) or a growable VX_VCArray<T> (grown by the owner when full), and the
-// element count `num` that the owner moves indices with. It is enabled once the storage
-// exists; a storage that cannot be made leaves it disabled. Not copyable.
+/// VX_AdapterStore<T>: owns one storage made at full size, either a fixed VX_Array<T> (the
+/// capacity is final) or a growable VX_VCArray<T> (grown by the owner when full), and the
+/// element count `num` that the owner moves indices with. It is enabled once the storage
+/// exists; a storage that cannot be made leaves it disabled. Not copyable.
 template <class T>
 class VX_API VX_AdapterStore : public VX_VorlaxeClass {
  public:
@@ -15,7 +16,7 @@ class VX_API VX_AdapterStore : public VX_VorlaxeClass {
   VX_AdapterStore& operator=(const VX_AdapterStore&) = delete;
 
   unsigned char objIsEnabled() const { return enabled; }
-  // The capacity: the storage's element count (0 when disabled).
+  /// The capacity: the storage's element count (0 when disabled).
   unsigned int getSize() const {
     VX_setUserError(0);
     if (!hasStorage()) return 0;
@@ -36,12 +37,12 @@ class VX_API VX_AdapterStore : public VX_VorlaxeClass {
 
   bool hasStorage() const { return enabled && (growable ? vcArray != nullptr : array != nullptr); }
 
-  // Makes the fixed storage; an allocation failure is reported at `line` of `file`.
+  /// Makes the fixed storage; an allocation failure is reported at `line` of `file`.
   void makeFixed(unsigned int size, unsigned char rawMemory, const char* file, unsigned line) {
     array = VX_newObject<VX_Array<T>>(size, rawMemory);
     enabled = adopt(array, file, line);
   }
-  // Makes the growable storage; a storage refusing its arguments has reported already.
+  /// Makes the growable storage; a storage refusing its arguments has reported already.
   void makeGrowable(unsigned int initialSize, unsigned int blockSize, unsigned char rawMemory,
                     const char* file, unsigned line) {
     growable = 1;
@@ -62,19 +63,19 @@ class VX_API VX_AdapterStore : public VX_VorlaxeClass {
     const VX_Array<T>* a = array;
     return growable ? (*v)[i] : (*a)[i];
   }
-  // Opens `count` slots behind slot `after` of the growable storage.
+  /// Opens `count` slots behind slot `after` of the growable storage.
   VX_RET_STATUS grow(unsigned int after, unsigned int count) {
     return vcArray->insElems(VX_INS_AFTER, after, count);
   }
 
   unsigned char enabled;
-  VX_Array<T>* array;      // the fixed storage, or null
-  VX_VCArray<T>* vcArray;  // the growable storage, or null
+  VX_Array<T>* array;  ///< the fixed storage, or null
+  VX_VCArray<T>* vcArray;  ///< the growable storage, or null
   unsigned char growable;
-  unsigned int num;  // elements held
+  unsigned int num;  ///< elements held
 
  private:
-  // Keeps `storage` when it came up enabled; otherwise releases it (1 / 0 for `enabled`).
+  /// Keeps `storage` when it came up enabled; otherwise releases it (1 / 0 for `enabled`).
   template <class S>
   unsigned char adopt(S*& storage, const char* file, unsigned line) {
     if (!storage) {

@@ -1,4 +1,5 @@
-// The multi-key B-tree VX_Btree, kept in memory or in a binary record file, its nodes and its walks.
+/// \file
+/// The multi-key B-tree VX_Btree, kept in memory or in a binary record file, its nodes and its walks.
 #ifndef VX_BTREE_H
 #define VX_BTREE_H
 
@@ -10,19 +11,19 @@
 #include "vx_vcarray.h"
 #include "vx_version.h"
 
-// A link between nodes, 32 bits. In a memory tree it is a node handle that the tree maps to
-// its node in constant time; in a file tree the file offset of the node's record. 0 is no node
-// in both (a record file never holds a record at offset 0).
+/// A link between nodes, 32 bits. In a memory tree it is a node handle that the tree maps to
+/// its node in constant time; in a file tree the file offset of the node's record. 0 is no node
+/// in both (a record file never holds a record at offset 0).
 union VX_API VX_BtreeLink {
-  uint32_t handle;  // memory tree
-  uint32_t offset;  // file tree
+  uint32_t handle;  ///< memory tree
+  uint32_t offset;  ///< file tree
   VX_BtreeLink() : handle(0) {}
   VX_BtreeLink(uint32_t value) : handle(value) {}
   unsigned char operator==(const VX_BtreeLink& other) const { return handle == other.handle; }
   unsigned char operator!=(const VX_BtreeLink& other) const { return handle != other.handle; }
 };
 
-// The breadth walk's queue and the link lists are the library's own instantiations.
+/// The breadth walk's queue and the link lists are the library's own instantiations.
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_BtreeLink)
 extern template class VX_Array<VX_BtreeLink>;
 extern template struct VX_VCARR_LLIST_REC<VX_BtreeLink>;
@@ -36,38 +37,38 @@ extern template class VX_Queue<VX_BtreeLink>;
 enum VX_BTREE_TYPE : int { VX_BTREE_MEMORY = 0, VX_BTREE_FILE = 1 };
 enum VX_BTREE_ROLLOVER_DIR : int { VX_BTREE_ROLLOVER_NONE = 0, VX_BTREE_ROLLOVER_LEFT = 1, VX_BTREE_ROLLOVER_RIGHT = 2 };
 
-// One record in transit: its key and its bytes (not owned).
+/// One record in transit: its key and its bytes (not owned).
 struct VX_API VX_BTREE_REC {
   VX_VarArr key;
   char* rec = nullptr;
 };
 
-// Size of the file tree's header (the record file's user header).
+/// Size of the file tree's header (the record file's user header).
 enum : unsigned int { VX_BTREE_FILE_HEADER_SIZE = 48 };
 
-// VX_BtreeNode: one node of `order` children and up to `capacity` = order - 1 records. Each
-// record is its key, held in the node's own fixed-width key form, and `recSize` bytes. The key
-// form gives every key field 12 bytes (a 4-byte kind code and up to 8 value bytes; a string's
-// 8 hold its length) and every string field `maxStrLen` more bytes for its text, NUL-padded.
-//
-// Packed form (storage type 1 only), packedSize = capacity * (recSize + maxStrLen * S +
-// keyCount * 12) + 12 + order * 4 bytes, S being the number of string fields:
-//   0   element count        4   own link        8   parent link
-//   12  capacity record slots (key form, then recSize bytes; unused slots zero)
-//   then order child links
-// Unpacking checks everything against the node's shape (element count within capacity, key
-// kinds those of the template, texts within their fields) and refuses a block that does not fit
-// (VX_RET_ERR_FILE, reported); under unpackFrom it also honours the read bound. The node owns its
-// tables; a constructor that fails leaves it disabled.
+/// VX_BtreeNode: one node of `order` children and up to `capacity` = order - 1 records. Each
+/// record is its key, held in the node's own fixed-width key form, and `recSize` bytes. The key
+/// form gives every key field 12 bytes (a 4-byte kind code and up to 8 value bytes; a string's
+/// 8 hold its length) and every string field `maxStrLen` more bytes for its text, NUL-padded.
+///
+/// Packed form (storage type 1 only), packedSize = capacity * (recSize + maxStrLen * S +
+/// keyCount * 12) + 12 + order * 4 bytes, S being the number of string fields:
+///   0   element count        4   own link        8   parent link
+///   12  capacity record slots (key form, then recSize bytes; unused slots zero)
+///   then order child links
+/// Unpacking checks everything against the node's shape (element count within capacity, key
+/// kinds those of the template, texts within their fields) and refuses a block that does not fit
+/// (VX_RET_ERR_FILE, reported); under unpackFrom it also honours the read bound. The node owns its
+/// tables; a constructor that fails leaves it disabled.
 class VX_API VX_BtreeNode : public VX_Persistable {
  public:
-  // An unshaped node: disabled until copyNode gives it a shape.
+  /// An unshaped node: disabled until copyNode gives it a shape.
   VX_BtreeNode();
   VX_BtreeNode(unsigned int order, VX_VarArr& keyTemplate, unsigned int recSize);
   VX_BtreeNode(const VX_BtreeNode& other);
   ~VX_BtreeNode() override;
-  // Copies `other`'s records and links. An unshaped node takes other's shape; a shaped one must
-  // have the same shape ("Incompatible btree nodes", VX_RET_ERR_ARG).
+  /// Copies `other`'s records and links. An unshaped node takes other's shape; a shaped one must
+  /// have the same shape ("Incompatible btree nodes", VX_RET_ERR_ARG).
   VX_RET_STATUS copyNode(const VX_BtreeNode& other);
 
   using VX_Persistable::pack;
@@ -88,7 +89,7 @@ class VX_API VX_BtreeNode : public VX_Persistable {
   VX_BtreeLink getLink(unsigned int i) const { return i < order ? links[i] : VX_BtreeLink(); }
   VX_BtreeLink getSelfLink() const { return selfLink; }
   VX_BtreeLink getParentLink() const { return parentLink; }
-  // Record i's bytes (null out of range) and its key into `key` (VX_RET_ERR_ARG out of range).
+  /// Record i's bytes (null out of range) and its key into `key` (VX_RET_ERR_ARG out of range).
   char* getRec(unsigned int i) const;
   VX_RET_STATUS getKey(unsigned int i, VX_VarArr& key) const;
 
@@ -108,126 +109,126 @@ class VX_API VX_BtreeNode : public VX_Persistable {
   unsigned int capacity;
   unsigned int numElems;
   unsigned int keyCount;
-  char* records;        // capacity + 1 slots: one spare holds a record in passage while full
-  VX_BtreeLink* links;  // order + 1 links, for the same reason
+  char* records;  ///< capacity + 1 slots: one spare holds a record in passage while full
+  VX_BtreeLink* links;  ///< order + 1 links, for the same reason
   unsigned int recSize;
   VX_BtreeLink selfLink;
   VX_BtreeLink parentLink;
   unsigned int packedSize;
   unsigned int maxStrLen;
   unsigned char reserved;
-  // The key form: the kind of each field, the bytes of the whole key and of one slot.
+  /// The key form: the kind of each field, the bytes of the whole key and of one slot.
   VX_VAR_TYPE* kinds;
   unsigned int keyBytes;
   unsigned int slotSize;
-  // A file tree's bookkeeping during one call: changed since last written, let go, and the
-  // chains of such nodes.
+  /// A file tree's bookkeeping during one call: changed since last written, let go, and the
+  /// chains of such nodes.
   unsigned char dirty;
   unsigned char freed;
-  unsigned char created;      // made by the call in progress
-  unsigned long touchedIn;    // the call that last saved this node's state for undoing
+  unsigned char created;  ///< made by the call in progress
+  unsigned long touchedIn;  ///< the call that last saved this node's state for undoing
   VX_BtreeNode* nextDirty;
   VX_BtreeNode* nextFreed;
 };
 
-// Where a walk stands; handed to the callback on every call. Both keys start empty.
+/// Where a walk stands; handed to the callback on every call. Both keys start empty.
 struct VX_API VX_BtreeIteratorStruct {
   VX_BtreeIteratorStruct();
   VX_BtreeIteratorStruct(const VX_BtreeIteratorStruct& other);
   VX_BtreeIteratorStruct& operator=(const VX_BtreeIteratorStruct& other);
 
-  // 2 a node begins, 3 one record, 4 the node ends. The in-order walk gives only 3.
+  /// 2 a node begins, 3 one record, 4 the node ends. The in-order walk gives only 3.
   unsigned int event;
   VX_VarArr key;
-  char* rec;        // the record's bytes (after the data-block link when the tree keeps blocks)
-  // The record's data block: the block itself in a memory tree; in a file tree a buffer of the
-  // tree holding a copy for the length of the call.
+  char* rec;  ///< the record's bytes (after the data-block link when the tree keeps blocks)
+  /// The record's data block: the block itself in a memory tree; in a file tree a buffer of the
+  /// tree holding a copy for the length of the call.
   char* dataBlock;
   unsigned char hasParent;
   char* parentRec;
   VX_VarArr parentKey;
-  // Depth of the node being visited (the root is 0); for a record of the in-order walk, the
-  // depth of the node that holds it.
+  /// Depth of the node being visited (the root is 0); for a record of the in-order walk, the
+  /// depth of the node that holds it.
   unsigned int level;
   unsigned char stop;
 };
 
 typedef VX_RET_STATUS (*VX_BtreeCallback)(VX_BtreeIteratorStruct& it);
 
-// VX_Btree: an ordered index of fixed-size records under a multi-field key (a VX_VarArr shaped
-// like the key template: the same count and kinds; strings no longer than the template allows).
-// Key fields may be of the integer kinds, float, double or string. A memory tree lives on the
-// heap; a file tree keeps its nodes, data blocks and a 48-byte header in a record file.
-//
-// Ownership: the tree owns its nodes, its data blocks, its key template copy and (file tree) its
-// record file. Failures: a constructor that fails leaves the tree disabled and every operation
-// then reports VX_RET_ERR_OBJ; bad arguments VX_RET_ERR_ARG; allocation VX_RET_ERR_MEM (the
-// tree is left as it was); damage found in a file VX_RET_ERR_FILE, transfers VX_RET_ERR_GEN.
-//
-// File trees keep unpacked nodes in a bounded cache. Changed nodes are written back in batches:
-// when about 32 MB of them have gathered, when the cache is trimmed, at flush() and when the tree
-// goes; the header (record count, root) is rewritten with each batch. A call that fails half-way
-// is undone in memory, so the tree and the file stay as they were before it.
+/// VX_Btree: an ordered index of fixed-size records under a multi-field key (a VX_VarArr shaped
+/// like the key template: the same count and kinds; strings no longer than the template allows).
+/// Key fields may be of the integer kinds, float, double or string. A memory tree lives on the
+/// heap; a file tree keeps its nodes, data blocks and a 48-byte header in a record file.
+///
+/// Ownership: the tree owns its nodes, its data blocks, its key template copy and (file tree) its
+/// record file. Failures: a constructor that fails leaves the tree disabled and every operation
+/// then reports VX_RET_ERR_OBJ; bad arguments VX_RET_ERR_ARG; allocation VX_RET_ERR_MEM (the
+/// tree is left as it was); damage found in a file VX_RET_ERR_FILE, transfers VX_RET_ERR_GEN.
+///
+/// File trees keep unpacked nodes in a bounded cache. Changed nodes are written back in batches:
+/// when about 32 MB of them have gathered, when the cache is trimmed, at flush() and when the tree
+/// goes; the header (record count, root) is rewritten with each batch. A call that fails half-way
+/// is undone in memory, so the tree and the file stay as they were before it.
 class VX_API VX_Btree : public VX_VorlaxeClass {
  public:
-  // A memory tree.
+  /// A memory tree.
   VX_Btree(unsigned int order, VX_VarArr& keyTemplate, unsigned int recSize, unsigned int dataBlockSize);
-  // Creates a new file tree in `fileName` (replacing any file there).
+  /// Creates a new file tree in `fileName` (replacing any file there).
   VX_Btree(char* fileName, unsigned int order, VX_VarArr& keyTemplate, unsigned int recSize,
            unsigned int dataBlockSize);
-  // Opens an existing file tree for reading and writing. The key template is rebuilt from the
-  // header (string fields first); `keyTemplate` receives it.
+  /// Opens an existing file tree for reading and writing. The key template is rebuilt from the
+  /// header (string fields first); `keyTemplate` receives it.
   VX_Btree(char* fileName, VX_VarArr& keyTemplate);
-  // The same with a chosen mode: VX_FILE_READ opens it read-only (changes are refused with
-  // VX_RET_ERR_CALL and the file is never written), VX_FILE_READWRITE as above.
+  /// The same with a chosen mode: VX_FILE_READ opens it read-only (changes are refused with
+  /// VX_RET_ERR_CALL and the file is never written), VX_FILE_READWRITE as above.
   VX_Btree(const char* fileName, VX_VarArr& keyTemplate, VX_FILE_MODE mode);
-  // A memory tree with `other`'s shape and records (a file tree is copied into memory).
+  /// A memory tree with `other`'s shape and records (a file tree is copied into memory).
   VX_Btree(VX_Btree& other);
   ~VX_Btree() override;
-  // Makes this tree hold `other`'s records. A memory tree takes other's shape as well; a file
-  // tree keeps its file and must have other's shape (VX_RET_ERR_ARG, unchanged).
+  /// Makes this tree hold `other`'s records. A memory tree takes other's shape as well; a file
+  /// tree keeps its file and must have other's shape (VX_RET_ERR_ARG, unchanged).
   VX_Btree& operator=(VX_Btree& other);
-  // Same shape and the same records (keys, bytes and data blocks) in the same order.
+  /// Same shape and the same records (keys, bytes and data blocks) in the same order.
   unsigned char operator==(VX_Btree& other);
 
   unsigned char objIsEnabled() const { return enabled; }
 
-  // Inserts or updates. `rec` gives recSize bytes; `dataBlock` the data block's bytes when the
-  // tree keeps them (may be null: the block is then zero on insertion and kept on update).
-  // VX_RET_TRUE when stored, VX_RET_FALSE when the key is new and new keys are refused.
+  /// Inserts or updates. `rec` gives recSize bytes; `dataBlock` the data block's bytes when the
+  /// tree keeps them (may be null: the block is then zero on insertion and kept on update).
+  /// VX_RET_TRUE when stored, VX_RET_FALSE when the key is new and new keys are refused.
   VX_RET_STATUS writeRec(VX_VarArr& key, char* rec, char* dataBlock);
-  // VX_RET_TRUE and the record (and its data block into a non-null `dataBlock`), or VX_RET_FALSE.
+  /// VX_RET_TRUE and the record (and its data block into a non-null `dataBlock`), or VX_RET_FALSE.
   VX_RET_STATUS readRec(VX_VarArr& key, char* rec, char* dataBlock);
-  // VX_RET_TRUE when removed, VX_RET_FALSE when absent.
+  /// VX_RET_TRUE when removed, VX_RET_FALSE when absent.
   VX_RET_STATUS deleteRec(VX_VarArr& key);
-  // The record at position n in key order, counting from 0; VX_RET_FALSE past the end. Takes
-  // time proportional to n.
+  /// The record at position n in key order, counting from 0; VX_RET_FALSE past the end. Takes
+  /// time proportional to n.
   VX_RET_STATUS readNthRec(unsigned long n, VX_VarArr& key, char* rec, char* dataBlock);
   unsigned long getNum();
   VX_RET_STATUS getInfo(VX_BTREE_TYPE& type, unsigned int& order, VX_VarArr& keyTemplate, unsigned int& recSize,
                         unsigned int& dataBlockSize);
-  // Walks the whole tree and reports each fault it finds as a message; VX_RET_TRUE when the tree
-  // is sound, VX_RET_FALSE when a fault was found, above 2 when it could not be walked.
+  /// Walks the whole tree and reports each fault it finds as a message; VX_RET_TRUE when the tree
+  /// is sound, VX_RET_FALSE when a fault was found, above 2 when it could not be walked.
   VX_RET_STATUS check();
-  // Rebuilds the tree with every node as full as the order allows (a file tree gives the space
-  // of the nodes it no longer needs back to the record file's free list).
+  /// Rebuilds the tree with every node as full as the order allows (a file tree gives the space
+  /// of the nodes it no longer needs back to the record file's free list).
   VX_RET_STATUS compress();
-  // Writes every changed node of a file tree, the header and the freed records back to the file
-  // now and flushes it (a memory tree has nothing to write).
+  /// Writes every changed node of a file tree, the header and the freed records back to the file
+  /// now and flushes it (a memory tree has nothing to write).
   VX_RET_STATUS flush();
-  // While set, writeRec only updates existing keys (VX_RET_FALSE for a new one).
+  /// While set, writeRec only updates existing keys (VX_RET_FALSE for a new one).
   void setNoNewKeys(unsigned char on) { noNewKeys = on ? 1 : 0; }
 
-  // Walks in key order, calling back once per record (event 3). A callback that sets `stop`
-  // ends the walk normally; a result above 2 ends it and is returned.
+  /// Walks in key order, calling back once per record (event 3). A callback that sets `stop`
+  /// ends the walk normally; a result above 2 ends it and is returned.
   VX_RET_STATUS inOrderIterator(VX_BtreeCallback callback);
-  // The same over the keys k with fromKey <= k <= toKey (both shaped like the key template).
-  // Further arguments are accepted and ignored.
+  /// The same over the keys k with fromKey <= k <= toKey (both shaped like the key template).
+  /// Further arguments are accepted and ignored.
   VX_RET_STATUS inOrderIterator(VX_BtreeCallback callback, VX_VarArr& fromKey, VX_VarArr& toKey, ...);
-  // Node by node, level by level (events 2, 3 per record, 4).
+  /// Node by node, level by level (events 2, 3 per record, 4).
   VX_RET_STATUS breadthIterator(VX_BtreeCallback callback);
 
-  // Depth (levels) and node count, found by a breadth walk that checks every link it follows.
+  /// Depth (levels) and node count, found by a breadth walk that checks every link it follows.
   VX_RET_STATUS getShape(unsigned int& depth, unsigned long& nodes);
 
  private:
@@ -242,7 +243,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_RET_STATUS copyFrom(VX_Btree& other);
   VX_RET_STATUS usable(unsigned line);
 
-  // Nodes.
+  /// Nodes.
   VX_RET_STATUS getNode(VX_BtreeLink link, uint32_t parent, VX_BtreeNode*& node);
   VX_RET_STATUS readNode(VX_BtreeLink link, VX_BtreeNode*& node);
   VX_RET_STATUS newNode(VX_BtreeNode*& node);
@@ -255,7 +256,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_BtreeNode* getReservedNode();
   VX_RET_STATUS returnReservedNode(VX_BtreeNode* node);
 
-  // Operations.
+  /// Operations.
   VX_RET_STATUS begin(bool changes);
   VX_RET_STATUS finish(VX_RET_STATUS st);
   VX_RET_STATUS encodeKey(VX_VarArr& key, char* out);
@@ -278,7 +279,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_RET_STATUS removeDataBlock(uint32_t link);
   VX_RET_STATUS writeHeader();
 
-  // Walks.
+  /// Walks.
   VX_RET_STATUS inOrderTraverse(VX_BtreeCallback callback, VX_BtreeIteratorStruct& it, VX_VarArr* fromKey,
                                 VX_VarArr* toKey);
   VX_RET_STATUS traverseNode(VX_BtreeNode* node, VX_BtreeCallback callback, VX_BtreeIteratorStruct& it);
@@ -298,14 +299,14 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
 
   unsigned char enabled;
   VX_BTREE_TYPE type;
-  VX_BtreeNode* shape;  // the root's shape, from which every node is built
+  VX_BtreeNode* shape;  ///< the root's shape, from which every node is built
   VX_BtreeLink rootLink;
   unsigned long numRecs;
   VX_VarArr keyTemplate;
   unsigned int order;
-  unsigned int recSize;        // user bytes per record
-  unsigned int dataBlockSize;  // 0: no data blocks
-  VX_BtreeLink* workLinks;     // order links
+  unsigned int recSize;  ///< user bytes per record
+  unsigned int dataBlockSize;  ///< 0: no data blocks
+  VX_BtreeLink* workLinks;  ///< order links
   VX_BtreeNode* reservedNodes[5];
   unsigned char reservedInUse[5];
   unsigned char noNewKeys;
@@ -315,24 +316,24 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_String fileName;
   VX_Version version;
 
-  NodeCache* nodes;       // link -> node, for both types
-  VX_BtreeNode** spares;  // nodes made ahead so that an insertion cannot fail half-way
+  NodeCache* nodes;  ///< link -> node, for both types
+  VX_BtreeNode** spares;  ///< nodes made ahead so that an insertion cannot fail half-way
   unsigned int numSpares;
-  char* keyBuf;     // encoded keys of the call in progress
-  char* slotBuf;    // one record slot in passage
-  char* packBuf;    // one packed node
-  char* blockBuf;   // one data block
-  unsigned walking;          // walks in progress: the tree must not change under them
-  unsigned lastDepth;        // levels the last search went through
-  long fileLength;           // the record file's length as this tree has made it
+  char* keyBuf;  ///< encoded keys of the call in progress
+  char* slotBuf;  ///< one record slot in passage
+  char* packBuf;  ///< one packed node
+  char* blockBuf;  ///< one data block
+  unsigned walking;  ///< walks in progress: the tree must not change under them
+  unsigned lastDepth;  ///< levels the last search went through
+  long fileLength;  ///< the record file's length as this tree has made it
   long firstRecOffset;
-  unsigned long cacheLimit;  // file nodes kept between calls
-  VX_BtreeLink savedRoot;    // the state a failed call returns to
+  unsigned long cacheLimit;  ///< file nodes kept between calls
+  VX_BtreeLink savedRoot;  ///< the state a failed call returns to
   unsigned long savedNum;
-  uint32_t newBlock;         // data block stored by the call in progress
-  uint32_t goneBlock;        // data block the call in progress lets go
-  unsigned long callSerial;  // numbers the changing calls, for undoing
-  unsigned char intKey;      // one int field: the fast comparison
+  uint32_t newBlock;  ///< data block stored by the call in progress
+  uint32_t goneBlock;  ///< data block the call in progress lets go
+  unsigned long callSerial;  ///< numbers the changing calls, for undoing
+  unsigned char intKey;  ///< one int field: the fast comparison
 };
 
 #endif

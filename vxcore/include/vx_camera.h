@@ -1,4 +1,5 @@
-// The viewing camera, its plain state values and spherical coordinates.
+/// \file
+/// The viewing camera, its plain state values and spherical coordinates.
 #ifndef VX_CAMERA_H
 #define VX_CAMERA_H
 
@@ -9,9 +10,9 @@
 // position, so the camera looks down its -z axis. Transforms are VX_3DMatrix row-vector
 // transforms: (x, y, z, w) × M.
 
-// VX_ViewFrustrum: four floats. The camera reads f1 and f2 as the nearest and farthest
-// distance between position and interest in perspective mode, and f3 as the orthographic
-// scale (never taken below 0.5 by a zoom); f0 is carried along unused.
+/// VX_ViewFrustrum: four floats. The camera reads f1 and f2 as the nearest and farthest
+/// distance between position and interest in perspective mode, and f3 as the orthographic
+/// scale (never taken below 0.5 by a zoom); f0 is carried along unused.
 struct VX_API VX_ViewFrustrum {
   VX_ViewFrustrum() : f0(0.0f), f1(0.0f), f2(0.0f), f3(1.0f) {}
   VX_ViewFrustrum(float f0, float f1, float f2, float f3) : f0(f0), f1(f1), f2(f2), f3(f3) {}
@@ -22,7 +23,7 @@ struct VX_API VX_ViewFrustrum {
   float f0, f1, f2, f3;
 };
 
-// VX_CamStruct: the camera's whole pose as one plain value; equality is member-wise and exact.
+/// VX_CamStruct: the camera's whole pose as one plain value; equality is member-wise and exact.
 struct VX_API VX_CamStruct {
   unsigned char operator==(const VX_CamStruct& o) const {
     return interest == o.interest && position == o.position && up == o.up && frustum == o.frustum;
@@ -34,44 +35,44 @@ struct VX_API VX_CamStruct {
   VX_ViewFrustrum frustum;
 };
 
-// VX_SphCoord: radius r, azimuth theta and polar angle phi, with y as the polar axis:
-// x = r sin(theta) sin(phi), y = r cos(phi), z = r cos(theta) sin(phi).
+/// VX_SphCoord: radius r, azimuth theta and polar angle phi, with y as the polar axis:
+/// x = r sin(theta) sin(phi), y = r cos(phi), z = r cos(theta) sin(phi).
 class VX_API VX_SphCoord {
  public:
   VX_SphCoord() : r(0.0f), theta(0.0f), phi(0.0f) {}
   VX_SphCoord(float r, float theta, float phi) : r(r), theta(theta), phi(phi) {}
   explicit VX_SphCoord(const VX_Vector& v) : VX_SphCoord() { set(v); }
 
-  // From a Cartesian vector: a vector shorter than the tolerance gives all zeros, and one on
-  // the polar axis gets theta 0.
+  /// From a Cartesian vector: a vector shorter than the tolerance gives all zeros, and one on
+  /// the polar axis gets theta 0.
   VX_SphCoord& set(const VX_Vector& v);
-  // The Cartesian vector, written to `out` and returned.
+  /// The Cartesian vector, written to `out` and returned.
   VX_Vector& getvct(VX_Vector& out) const;
 
   float r, theta, phi;
 };
 
-// Rotates `v` in place by `angle` radians about the axis `dir` (through the origin), by the
-// right-hand rule: looking from the tip of `dir` towards the origin, a positive angle turns
-// counter-clockwise. An axis shorter than the tolerance is refused (VX_RET_ERR_ARG).
+/// Rotates `v` in place by `angle` radians about the axis `dir` (through the origin), by the
+/// right-hand rule: looking from the tip of `dir` towards the origin, a positive angle turns
+/// counter-clockwise. An axis shorter than the tolerance is refused (VX_RET_ERR_ARG).
 VX_API VX_RET_STATUS VX_rotateAboutDir(float angle, const VX_Vector& dir, VX_Vector& v);
 
-// An orthonormal right-handed basis from a y and a z direction: z is kept, x = y × z, and y is
-// made again as z × x. Rows 0 to 2 of `out` are x, y and z with 0 in column 3, row 3 is
-// (0, 0, 0, 1); as a row-vector transform it turns basis coordinates into world directions.
-// Parallel or negligible inputs are refused (VX_RET_ERR_ARG), as is an `out` that is not 4 × 4.
+/// An orthonormal right-handed basis from a y and a z direction: z is kept, x = y × z, and y is
+/// made again as z × x. Rows 0 to 2 of `out` are x, y and z with 0 in column 3, row 3 is
+/// (0, 0, 0, 1); as a row-vector transform it turns basis coordinates into world directions.
+/// Parallel or negligible inputs are refused (VX_RET_ERR_ARG), as is an `out` that is not 4 × 4.
 VX_API VX_RET_STATUS VX_computeTransMatFromYZ(const VX_Vector& y, const VX_Vector& z, VX_3DMatrix& out);
 
-// VX_Camera: an interest point, a position, an up vector, a frustum, a projection flag and
-// the two cached transforms between camera and world space, recomputed on demand while the
-// `dirty` flag says the pose has changed. It owns only the two matrices; a camera that cannot
-// allocate them is disabled, and every operation on a disabled camera reports
-// VX_RET_ERR_POBJ and returns 6. A pose whose viewing direction (position - interest) is
-// negligible or parallel to `up` has no transforms: the conversions then return 0 and leave
-// their vector unchanged.
-//
-// The moves return 1 when they moved the camera, 0 when the move was too small (or the pose
-// had no transforms), or a failure status.
+/// VX_Camera: an interest point, a position, an up vector, a frustum, a projection flag and
+/// the two cached transforms between camera and world space, recomputed on demand while the
+/// `dirty` flag says the pose has changed. It owns only the two matrices; a camera that cannot
+/// allocate them is disabled, and every operation on a disabled camera reports
+/// VX_RET_ERR_POBJ and returns 6. A pose whose viewing direction (position - interest) is
+/// negligible or parallel to `up` has no transforms: the conversions then return 0 and leave
+/// their vector unchanged.
+///
+/// The moves return 1 when they moved the camera, 0 when the move was too small (or the pose
+/// had no transforms), or a failure status.
 class VX_API VX_Camera : public VX_VorlaxeClass {
  public:
   VX_Camera();
@@ -88,38 +89,38 @@ class VX_API VX_Camera : public VX_VorlaxeClass {
   VX_RET_STATUS getUpVector(VX_Vector& out);
   VX_RET_STATUS setUpVector(const VX_Vector& v);
   VX_RET_STATUS getFrustrum(VX_ViewFrustrum& out);
-  // The frustum does not enter the transforms, so it leaves `dirty` alone.
+  /// The frustum does not enter the transforms, so it leaves `dirty` alone.
   VX_RET_STATUS setFrustrum(const VX_ViewFrustrum& f);
   VX_RET_STATUS getCameraStruct(VX_CamStruct& out);
   VX_RET_STATUS setCameraStruct(const VX_CamStruct& s);
   unsigned char isOrthographic();
   VX_RET_STATUS setOrthographic(unsigned char on);
-  // Whether the cached transforms wait for a recomputation.
+  /// Whether the cached transforms wait for a recomputation.
   unsigned char isDirty() const { return dirty; }
 
-  // Perspective: moves the position along the viewing line by `delta` (positive away from the
-  // interest), kept strictly between f1 and f2. Orthographic: changes the scale f3 unless that
-  // would take it below 0.5. |delta| below the tolerance does nothing (0).
+  /// Perspective: moves the position along the viewing line by `delta` (positive away from the
+  /// interest), kept strictly between f1 and f2. Orthographic: changes the scale f3 unless that
+  /// would take it below 0.5. |delta| below the tolerance does nothing (0).
   VX_RET_STATUS zoom(float delta);
-  // Moves interest and position together by (dx, dy) of camera space.
+  /// Moves interest and position together by (dx, dy) of camera space.
   VX_RET_STATUS pan(float dx, float dy);
-  // Turns the up vector about the viewing line.
+  /// Turns the up vector about the viewing line.
   VX_RET_STATUS roll(float angle);
-  // Moves the position on its sphere around the interest: theta about the y axis, phi from
-  // the +y pole, kept within [0.001, 3.1405928] so the camera never crosses a pole.
+  /// Moves the position on its sphere around the interest: theta about the y axis, phi from
+  /// the +y pole, kept within [0.001, 3.1405928] so the camera never crosses a pole.
   VX_RET_STATUS orbit(float dTheta, float dPhi);
 
-  // Directions (displacements): only the rotation applies.
+  /// Directions (displacements): only the rotation applies.
   VX_RET_STATUS camToWorldSpace(VX_Vector& v);
   VX_RET_STATUS worldToCamSpace(VX_Vector& v);
-  // Points: the camera's position is the origin of camera space.
+  /// Points: the camera's position is the origin of camera space.
   VX_RET_STATUS camToWorldPoint(VX_Vector& v);
   VX_RET_STATUS worldToCamPoint(VX_Vector& v);
 
   VX_Camera& operator=(const VX_Camera& other);
-  // Same object, or the same pose, the same `dirty` flag and the same cached matrices. The
-  // orthographic flag is not compared; the `dirty` flag is, so a camera with pending
-  // transforms differs from one in the same pose whose transforms are current.
+  /// Same object, or the same pose, the same `dirty` flag and the same cached matrices. The
+  /// orthographic flag is not compared; the `dirty` flag is, so a camera with pending
+  /// transforms differs from one in the same pose whose transforms are current.
   unsigned char operator==(const VX_Camera& other) const;
 
  private:
@@ -127,12 +128,12 @@ class VX_API VX_Camera : public VX_VorlaxeClass {
   void initDataMembers();
   void cleanupDataMembers();
   VX_RET_STATUS usable(unsigned line) const;
-  // worldToCam and camToWorld for the present pose; VX_RET_FALSE for a pose without them.
+  /// worldToCam and camToWorld for the present pose; VX_RET_FALSE for a pose without them.
   VX_RET_STATUS computeTransformMatrices();
-  // Brings the transforms up to date and applies one of them to (v, w).
+  /// Brings the transforms up to date and applies one of them to (v, w).
   VX_RET_STATUS convert(VX_Vector& v, bool toWorld, float w);
-  // The plain accessors: `to = from` once the camera is found usable. `stale` (0 or 1) marks
-  // the transforms as behind the pose, for the setters that move it.
+  /// The plain accessors: `to = from` once the camera is found usable. `stale` (0 or 1) marks
+  /// the transforms as behind the pose, for the setters that move it.
   template <class T>
   VX_RET_STATUS copyIfUsable(T& to, const T& from, unsigned char stale);
 

@@ -1,21 +1,22 @@
-// Colour models, the conversions between them, and the colour object VX_Color, which is also a
-// public class of the component model.
+/// \file
+/// Colour models, the conversions between them, and the colour object VX_Color, which is also a
+/// public class of the component model.
 #ifndef VX_COLOR_H
 #define VX_COLOR_H
 
 #include "vx_base.h"
 #include "vx_public.h"
 
-// Channels compare equal when they differ by less than this.
+/// Channels compare equal when they differ by less than this.
 constexpr float VX_COLOR_TOLERANCE = 0.001f;
-// An int channel v is the float v * VX_COLOR_INT_SCALE (1/255 as it has always been written).
+/// An int channel v is the float v * VX_COLOR_INT_SCALE (1/255 as it has always been written).
 constexpr float VX_COLOR_INT_SCALE = 0.003921569f;
-// The hue of a colour that has none (grey).
+/// The hue of a colour that has none (grey).
 constexpr float VX_COLOR_NO_HUE = 361.0f;
 
-// The channel structures: four floats each, in the order named, with a base structure that
-// carries the comparison (each channel within VX_COLOR_TOLERANCE). RGB, CMY and alpha run from 0
-// to 1; hue is in degrees, 0 to below 360, or VX_COLOR_NO_HUE.
+/// The channel structures: four floats each, in the order named, with a base structure that
+/// carries the comparison (each channel within VX_COLOR_TOLERANCE). RGB, CMY and alpha run from 0
+/// to 1; hue is in degrees, 0 to below 360, or VX_COLOR_NO_HUE.
 #define VX_COLOR_CHANNELS(BASE, NAME, C0, C1, C2, EXTRA)                                       \
   struct VX_API BASE {                                                                         \
     float C0, C1, C2, alpha;                                                                   \
@@ -38,7 +39,7 @@ inline bool VX_colorChannelsEqual(float a, float b) {
   return d > -VX_COLOR_TOLERANCE && d < VX_COLOR_TOLERANCE;
 }
 
-// RGBA alone also takes 0-255 integer channels (scaled, not clamped).
+/// RGBA alone also takes 0-255 integer channels (scaled, not clamped).
 #define VX_COLOR_INT_SET                                                                             \
   void set(int r, int g, int b, int a) {                                                             \
     set(r * VX_COLOR_INT_SCALE, g * VX_COLOR_INT_SCALE, b * VX_COLOR_INT_SCALE, a * VX_COLOR_INT_SCALE); \
@@ -64,12 +65,12 @@ VX_COLOR_CHANNELS(VX_BaseHLSA, VX_HLSA, hue, lightness, saturation, )
 #undef EXTRA_CTOR_VX_HSVA
 #undef EXTRA_CTOR_VX_HLSA
 
-// The conversions that exist; each answers VX_RET_TRUE. The destination may not be the source.
+/// The conversions that exist; each answers VX_RET_TRUE. The destination may not be the source.
 VX_API VX_RET_STATUS VX_COLOR_CONVERT(const VX_BaseRGBA& src, VX_BaseCMYA& dst);
 VX_API VX_RET_STATUS VX_COLOR_CONVERT(const VX_BaseCMYA& src, VX_BaseRGBA& dst);
 VX_API VX_RET_STATUS VX_COLOR_CONVERT(const VX_BaseRGBA& src, VX_BaseHSVA& dst);
 
-// The model tags of VX_Color.
+/// The model tags of VX_Color.
 enum VX_COLOR_MODEL : int {
   VX_COLOR_RGBA = 1,
   VX_COLOR_CMYA = 2,
@@ -78,23 +79,23 @@ enum VX_COLOR_MODEL : int {
   VX_COLOR_HLSA = 5
 };
 
-// VX_Color: a colour of any of the five models (the tag) and its four channels, in the order of
-// that model's structure. It owns nothing beyond its public-class texts and cannot fail to be
-// made. Colours of different models never compare equal (nothing is converted). The packed form
-// is the four channels (16 bytes, no tag); the file form is not supported.
-//
-// As a public class ("VX_Color", GUID "0F86BBF4-57F4-4d5e-8FC2-44A860AC690F", version "1.0.0")
-// it offers "Set" (function 1: four int arguments R, G, B, A, 0-255, make it an RGBA colour) and
-// "Get" (function 2: the RGBA channels as ints 0-255, rounded; a CMYA colour is converted, the
-// other models cannot be and answer VX_RET_ERR_NSUP). Creation arguments: none (opaque white),
-// or argument 0 = 1 followed by four int channels, or 5 followed by four float channels.
-//
-// Text form, written by color2Str and the handler's print, read by str2Color:
-//   MODEL "(" number "," number "," number "," number ")"
-// MODEL is one of RGBA, CMYA, YIQA, HSVA, HLSA (upper case, directly followed by "("); numbers
-// are finite decimal floats as strtof reads them (no hexadecimal, infinity or NaN); blanks may
-// stand around the numbers and around the whole text, nothing else. Written numbers have six
-// significant digits: "RGBA(1, 0.5, 0, 1)".
+/// VX_Color: a colour of any of the five models (the tag) and its four channels, in the order of
+/// that model's structure. It owns nothing beyond its public-class texts and cannot fail to be
+/// made. Colours of different models never compare equal (nothing is converted). The packed form
+/// is the four channels (16 bytes, no tag); the file form is not supported.
+///
+/// As a public class ("VX_Color", GUID "0F86BBF4-57F4-4d5e-8FC2-44A860AC690F", version "1.0.0")
+/// it offers "Set" (function 1: four int arguments R, G, B, A, 0-255, make it an RGBA colour) and
+/// "Get" (function 2: the RGBA channels as ints 0-255, rounded; a CMYA colour is converted, the
+/// other models cannot be and answer VX_RET_ERR_NSUP). Creation arguments: none (opaque white),
+/// or argument 0 = 1 followed by four int channels, or 5 followed by four float channels.
+///
+/// Text form, written by color2Str and the handler's print, read by str2Color:
+///   MODEL "(" number "," number "," number "," number ")"
+/// MODEL is one of RGBA, CMYA, YIQA, HSVA, HLSA (upper case, directly followed by "("); numbers
+/// are finite decimal floats as strtof reads them (no hexadecimal, infinity or NaN); blanks may
+/// stand around the numbers and around the whole text, nothing else. Written numbers have six
+/// significant digits: "RGBA(1, 0.5, 0, 1)".
 class VX_API VX_Color : public VX_ClassVar, public VX_Persistable, public VX_PublicClass {
  public:
   VX_Color();
@@ -114,20 +115,20 @@ class VX_API VX_Color : public VX_ClassVar, public VX_Persistable, public VX_Pub
   int getModel() const { return model; }
   float getChannel(unsigned k) const { return k < 4 ? channel[k] : 0.0f; }
 
-  // Model and channels.
+  /// Model and channels.
   VX_Color& operator=(const VX_Color& other);
   unsigned char operator==(const VX_Color& other) const;
   unsigned char operator!=(const VX_Color& other) const { return !(*this == other); }
 
-  // The text form in a malloc'ed block the caller frees.
+  /// The text form in a malloc'ed block the caller frees.
   VX_RET_STATUS color2Str(char** out) const;
-  // Reads the text form; malformed text is refused with VX_RET_ERR_ARG and changes nothing.
+  /// Reads the text form; malformed text is refused with VX_RET_ERR_ARG and changes nothing.
   VX_RET_STATUS str2Color(const char* text);
 
   using VX_Persistable::pack;
   VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
   unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) override;
-  // Replaces the channels and keeps the model tag.
+  /// Replaces the channels and keeps the model tag.
   VX_RET_STATUS unpack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
   VX_RET_STATUS persist(VX_Version& version, VX_FileBinary& file, unsigned int& size) override;
   VX_RET_STATUS restore(VX_Version& version, VX_FileBinary& file, unsigned int& size) override;
@@ -143,13 +144,13 @@ class VX_API VX_Color : public VX_ClassVar, public VX_Persistable, public VX_Pub
                                        VX_Array<VX_PubArg>& extra);
   static VX_RET_STATUS initPublicInterface();
   static VX_RET_STATUS getPublicInterface(const char** guid, VX_PubEntryFunc* entry);
-  // The class-variable handler: colours held by pointer in a VX_Var are created, copied,
-  // compared (model, then channels), disposed, packed and printed (text form) through it.
+  /// The class-variable handler: colours held by pointer in a VX_Var are created, copied,
+  /// compared (model, then channels), disposed, packed and printed (text form) through it.
   static VX_RET_STATUS classVarOpHandler(VX_CLASS_VAR_OP op, ...);
 
  private:
   void assign(int m, float c0, float c1, float c2, float c3);
-  // The RGBA channels of this colour, or VX_RET_ERR_NSUP for a model with no conversion.
+  /// The RGBA channels of this colour, or VX_RET_ERR_NSUP for a model with no conversion.
   VX_RET_STATUS toRGBA(VX_BaseRGBA& rgba) const;
 
   int32_t model;

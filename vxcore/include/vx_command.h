@@ -1,4 +1,5 @@
-// Undoable commands, composite commands and the undo/redo stack.
+/// \file
+/// Undoable commands, composite commands and the undo/redo stack.
 #ifndef VX_COMMAND_H
 #define VX_COMMAND_H
 
@@ -7,7 +8,7 @@
 
 class VX_Command;
 
-// The library's instantiations for the command stack's storage.
+/// The library's instantiations for the command stack's storage.
 extern template struct VX_API VX_VCARR_LLIST_REC<VX_Command*>;
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_VCARR_LLIST_REC<VX_Command*>)
 extern template class VX_API VX_LNode<VX_VCARR_LLIST_REC<VX_Command*>>;
@@ -18,11 +19,11 @@ extern template class VX_API VX_VCArray<VX_Command*>;
 extern template class VX_API VX_AdapterStore<VX_Command*>;
 extern template class VX_API VX_Stack<VX_Command*>;
 
-// VX_Command: the abstract base of an undoable operation, a command number chosen by the
-// application plus a list of variant arguments that it owns (copies). A derived class
-// implements execute and undo; each returns a status, above 2 on failure. A command whose
-// argument list could not be made is disabled, and its operations report VX_RET_ERR_POBJ.
-// Commands are not copy-constructed; assignment copies the number and the arguments.
+/// VX_Command: the abstract base of an undoable operation, a command number chosen by the
+/// application plus a list of variant arguments that it owns (copies). A derived class
+/// implements execute and undo; each returns a status, above 2 on failure. A command whose
+/// argument list could not be made is disabled, and its operations report VX_RET_ERR_POBJ.
+/// Commands are not copy-constructed; assignment copies the number and the arguments.
 class VX_API VX_Command : public VX_VorlaxeClass {
  public:
   VX_Command();
@@ -31,20 +32,20 @@ class VX_API VX_Command : public VX_VorlaxeClass {
   virtual VX_RET_STATUS undo() = 0;
 
   VX_RET_STATUS setCmd(unsigned long command);
-  // Empties the arguments, sets the number, then copies `count` further arguments, each a
-  // VX_Var*, into arguments 0 .. count-1. A null one stops the copy (VX_RET_ERR_ARG) with the
-  // arguments before it in place.
+  /// Empties the arguments, sets the number, then copies `count` further arguments, each a
+  /// VX_Var*, into arguments 0 .. count-1. A null one stops the copy (VX_RET_ERR_ARG) with the
+  /// arguments before it in place.
   VX_RET_STATUS setCmd(unsigned long command, unsigned int count, ...);
   VX_RET_STATUS getCmd(unsigned long& command);
-  // Appends a copy.
+  /// Appends a copy.
   VX_RET_STATUS addArg(VX_Var& arg);
-  // An index at or beyond numArgs() is VX_RET_ERR_ARG.
+  /// An index at or beyond numArgs() is VX_RET_ERR_ARG.
   VX_RET_STATUS getArg(unsigned int i, VX_Var& out);
   VX_RET_STATUS setArg(unsigned int i, VX_Var& arg);
   unsigned int numArgs();
 
   VX_Command& operator=(const VX_Command& other);
-  // Same number and equal arguments.
+  /// Same number and equal arguments.
   unsigned char operator==(const VX_Command& other) const;
   unsigned char objIsEnabled() const { return enabled; }
 
@@ -59,11 +60,11 @@ class VX_API VX_Command : public VX_VorlaxeClass {
   VX_VarArr args;
 };
 
-// VX_CommandMulti: a command whose arguments are pointers to other commands (variants of the
-// pointer kind, added with addArg), run as one. It does not own them. execute and undo both
-// walk the sub-commands in the order they were added (undo does not reverse it), skip null
-// pointers, and stop at the first failure, which is returned; what already ran stays done. An
-// argument that is not a pointer is such a failure (VX_RET_ERR_ARG).
+/// VX_CommandMulti: a command whose arguments are pointers to other commands (variants of the
+/// pointer kind, added with addArg), run as one. It does not own them. execute and undo both
+/// walk the sub-commands in the order they were added (undo does not reverse it), skip null
+/// pointers, and stop at the first failure, which is returned; what already ran stays done. An
+/// argument that is not a pointer is such a failure (VX_RET_ERR_ARG).
 class VX_API VX_CommandMulti : public VX_Command {
  public:
   VX_CommandMulti();
@@ -82,37 +83,37 @@ class VX_API VX_CommandMulti : public VX_Command {
   unsigned char enabled;
 };
 
-// VX_CmdStack: the history of executed commands. Commands below `position` are done; those
-// at and above it are undone and can be redone. The stack owns every command it records
-// (they must come from `new`) and deletes them when it discards them; a command that addCmd
-// refuses stays the caller's. undo moves the position down even when the command's undo
-// fails, redo moves it up only when execute succeeds. The history is a chunked stack (blocks of
-// 64): recording, and undo/redo near the newest commands, take constant time; a step d commands
-// below the top walks about d/64 blocks. A stack whose storage cannot be made is
-// disabled: its operations report VX_RET_ERR_POBJ and its predicates answer 0.
-//
-// Two optional settings, both off for a new stack:
-// - an undo limit: at most that many done commands are kept; recording or lowering the limit
-//   deletes the oldest ones beyond it. 0 means no limit.
-// - a clean mark: setClean marks the present position as the saved state; isClean answers
-//   whether the history stands there again (for a "document modified" indicator). A new or
-//   emptied stack is clean. Discarding the commands that lead back to the mark (a new command
-//   over undone ones, or the undo limit) leaves the stack unable to become clean again until
-//   setClean is called.
+/// VX_CmdStack: the history of executed commands. Commands below `position` are done; those
+/// at and above it are undone and can be redone. The stack owns every command it records
+/// (they must come from `new`) and deletes them when it discards them; a command that addCmd
+/// refuses stays the caller's. undo moves the position down even when the command's undo
+/// fails, redo moves it up only when execute succeeds. The history is a chunked stack (blocks of
+/// 64): recording, and undo/redo near the newest commands, take constant time; a step d commands
+/// below the top walks about d/64 blocks. A stack whose storage cannot be made is
+/// disabled: its operations report VX_RET_ERR_POBJ and its predicates answer 0.
+///
+/// Two optional settings, both off for a new stack:
+/// - an undo limit: at most that many done commands are kept; recording or lowering the limit
+///   deletes the oldest ones beyond it. 0 means no limit.
+/// - a clean mark: setClean marks the present position as the saved state; isClean answers
+///   whether the history stands there again (for a "document modified" indicator). A new or
+///   emptied stack is clean. Discarding the commands that lead back to the mark (a new command
+///   over undone ones, or the undo limit) leaves the stack unable to become clean again until
+///   setClean is called.
 class VX_API VX_CmdStack : public VX_VorlaxeClass {
  public:
   VX_CmdStack();
   ~VX_CmdStack() override;
 
-  // Records a command the caller has just executed (addCmd does not run it); the undone
-  // commands above the position are deleted first, newest first.
+  /// Records a command the caller has just executed (addCmd does not run it); the undone
+  /// commands above the position are deleted first, newest first.
   VX_RET_STATUS addCmd(VX_Command* cmd);
-  // VX_RET_FALSE when there is nothing to undo / redo; a command's failure is passed on.
+  /// VX_RET_FALSE when there is nothing to undo / redo; a command's failure is passed on.
   VX_RET_STATUS undo();
   VX_RET_STATUS redo();
   unsigned char undoIsPossible();
   unsigned char redoIsPossible();
-  // Deletes every command, newest first; the position becomes 0.
+  /// Deletes every command, newest first; the position becomes 0.
   VX_RET_STATUS clearUndoStack();
 
   unsigned int numCmds();
@@ -122,11 +123,11 @@ class VX_API VX_CmdStack : public VX_VorlaxeClass {
   VX_RET_STATUS setClean();
   unsigned char isClean();
 
-  // A stack owns its commands and cannot copy them: assignment from another stack is refused
-  // (VX_RET_ERR_NSUP reported) and leaves this one as it is.
+  /// A stack owns its commands and cannot copy them: assignment from another stack is refused
+  /// (VX_RET_ERR_NSUP reported) and leaves this one as it is.
   VX_CmdStack& operator=(const VX_CmdStack& other);
-  // Same object, or the same position and pairwise equal commands (VX_Command ==). The undo
-  // limit and the clean mark are settings, not history, and are not compared.
+  /// Same object, or the same position and pairwise equal commands (VX_Command ==). The undo
+  /// limit and the clean mark are settings, not history, and are not compared.
   unsigned char operator==(const VX_CmdStack& other) const;
   unsigned char objIsEnabled() const { return enabled; }
 
@@ -135,16 +136,16 @@ class VX_API VX_CmdStack : public VX_VorlaxeClass {
   void initDataMembers();
   void cleanupDataMembers();
   VX_RET_STATUS usable(unsigned line) const;
-  // Pops and deletes commands until `keep` remain.
+  /// Pops and deletes commands until `keep` remain.
   void discardAbove(unsigned int keep);
-  // Deletes the oldest done commands until at most `limit` are left.
+  /// Deletes the oldest done commands until at most `limit` are left.
   VX_RET_STATUS enforceLimit();
 
   unsigned char enabled;
   unsigned int position;
   VX_Stack<VX_Command*>* commands;
-  unsigned int undoLimit;      // 0: none
-  unsigned int cleanPosition;  // meaningful while cleanReachable is set
+  unsigned int undoLimit;  ///< 0: none
+  unsigned int cleanPosition;  ///< meaningful while cleanReachable is set
   unsigned char cleanReachable;
 };
 

@@ -1,8 +1,9 @@
-// The interface every container of the library shares: element count and membership
-// (VX_Container), index addressing and the bulk operations built on it (VX_OrdContainer),
-// the built-in cursor with its re-entrancy lock (VX_I_Iterator), and their union
-// (VX_IndContainer). The virtual slot order of these classes is the library's binary
-// interface: new virtual functions are never added here, and none are reordered.
+/// \file
+/// The interface every container of the library shares: element count and membership
+/// (VX_Container), index addressing and the bulk operations built on it (VX_OrdContainer),
+/// the built-in cursor with its re-entrancy lock (VX_I_Iterator), and their union
+/// (VX_IndContainer). The virtual slot order of these classes is the library's binary
+/// interface: new virtual functions are never added here, and none are reordered.
 #ifndef VX_CONTAINER_H
 #define VX_CONTAINER_H
 
@@ -15,13 +16,13 @@
 #include "vx_str.h"
 #include "vx_vorlaxe.h"
 
-// On which side of `index` new elements go. Any value other than VX_INS_BEFORE acts as
-// VX_INS_AFTER.
+/// On which side of `index` new elements go. Any value other than VX_INS_BEFORE acts as
+/// VX_INS_AFTER.
 enum VX_INS_METHOD : int { VX_INS_BEFORE = 0, VX_INS_AFTER = 1 };
 
-// Whether `copy` really holds what was copied from `src` (pass 0 as the third argument).
-// Library objects that fail to copy end up disabled; a string assigned while memory runs
-// out silently becomes the null string. Types without objIsEnabled always copy.
+/// Whether `copy` really holds what was copied from `src` (pass 0 as the third argument).
+/// Library objects that fail to copy end up disabled; a string assigned while memory runs
+/// out silently becomes the null string. Types without objIsEnabled always copy.
 template <class T>
 inline auto VX_copyTook(const T& copy, const T&, int) -> decltype(copy.objIsEnabled(), bool()) {
   return copy.objIsEnabled();
@@ -35,20 +36,20 @@ inline bool VX_copyTook(const VX_String& copy, const VX_String& src, int) {
          (static_cast<const char*>(src) == nullptr || static_cast<const char*>(copy) != nullptr);
 }
 
-// The one way a container stores a copy of an element: assigns and tells whether the copy
-// took. An assignment that was refused (it hands back the sink rather than `dst`) or that ran
-// out of memory (VX_copyTook) answers false; the container then undoes its change and
-// returns VX_RET_ERR_MEM.
+/// The one way a container stores a copy of an element: assigns and tells whether the copy
+/// took. An assignment that was refused (it hands back the sink rather than `dst`) or that ran
+/// out of memory (VX_copyTook) answers false; the container then undoes its change and
+/// returns VX_RET_ERR_MEM.
 template <class T>
 inline bool VX_assignElem(T& dst, const T& src) {
   T& result = (dst = src);
   return &result == &dst && VX_copyTook(dst, src, 0);
 }
 
-// Exchanges two elements without copying either, so it cannot fail: this is how containers
-// move the elements they hold (growing, shifting, splitting). Types with a non-throwing move
-// are swapped by it; the others exchange their bytes, which needs an element type that
-// holds no pointer into itself (none of the library's element types does).
+/// Exchanges two elements without copying either, so it cannot fail: this is how containers
+/// move the elements they hold (growing, shifting, splitting). Types with a non-throwing move
+/// are swapped by it; the others exchange their bytes, which needs an element type that
+/// holds no pointer into itself (none of the library's element types does).
 template <class T>
 inline void VX_swapElems(T& a, T& b) {
   if constexpr (std::is_nothrow_move_constructible<T>::value &&
@@ -65,7 +66,7 @@ inline void VX_swapElems(T& a, T& b) {
   }
 }
 
-// Gives `elem` the cleared value (a default T) without an assignment that could be refused.
+/// Gives `elem` the cleared value (a default T) without an assignment that could be refused.
 template <class T>
 inline void VX_clearElem(T& elem) {
   T blank{};
@@ -75,9 +76,9 @@ inline void VX_clearElem(T& elem) {
 template <class K, class D>
 class VX_HashTable;
 
-// VX_IteratorElem: the cursor. `elem` null means "no current element". `node` is the list
-// node holding the element for the linked list and the block holding it for the chunked
-// array; the array leaves it null.
+/// VX_IteratorElem: the cursor. `elem` null means "no current element". `node` is the list
+/// node holding the element for the linked list and the block holding it for the chunked
+/// array; the array leaves it null.
 template <class T>
 struct VX_IteratorElem {
   unsigned int index;
@@ -91,8 +92,8 @@ struct VX_IteratorElem {
   }
 };
 
-// VX_Container: holds the element count; membership is left to the concrete container.
-// Owns nothing.
+/// VX_Container: holds the element count; membership is left to the concrete container.
+/// Owns nothing.
 template <class T>
 class VX_API VX_Container : public VX_VorlaxeClass {
  public:
@@ -110,28 +111,28 @@ class VX_API VX_Container : public VX_VorlaxeClass {
   virtual VX_RET_STATUS delAll() = 0;
 
  protected:
-  unsigned int nElems;  // the count read by numElems()
+  unsigned int nElems;  ///< the count read by numElems()
 };
 
-// VX_OrdContainer: index-addressed access. The bulk operations here are written once on top
-// of the concrete container's primitives; they return a primitive's failure unchanged.
+/// VX_OrdContainer: index-addressed access. The bulk operations here are written once on top
+/// of the concrete container's primitives; they return a primitive's failure unchanged.
 template <class T>
 class VX_API VX_OrdContainer : public VX_Container<T> {
  public:
-  // Makes room with insElems and stores `elem` at `index`, also under VX_INS_AFTER (where
-  // the new slot is index+1): the element at `index` is overwritten and the new slot keeps
-  // its default value, unless `index` is at or past the end, where `elem` is appended.
-  // Callers rely on this. VX_RET_FALSE (nothing inserted) when insElems gives it.
+  /// Makes room with insElems and stores `elem` at `index`, also under VX_INS_AFTER (where
+  /// the new slot is index+1): the element at `index` is overwritten and the new slot keeps
+  /// its default value, unless `index` is at or past the end, where `elem` is appended.
+  /// Callers rely on this. VX_RET_FALSE (nothing inserted) when insElems gives it.
   virtual VX_RET_STATUS insElem(VX_INS_METHOD method, unsigned int index, const T& elem);
-  // Appends the elements of `src` (those not yet held, when duplicates are not allowed; the
-  // test is repeated while writing, so a value repeated in `src` is written once and its
-  // second slot keeps the default value; where no room can be made in advance, as in an
-  // empty list, the elements are appended one by one and a repeat is simply skipped). A
-  // failure adds nothing. `src` being this container: VX_RET_FALSE.
+  /// Appends the elements of `src` (those not yet held, when duplicates are not allowed; the
+  /// test is repeated while writing, so a value repeated in `src` is written once and its
+  /// second slot keeps the default value; where no room can be made in advance, as in an
+  /// empty list, the elements are appended one by one and a repeat is simply skipped). A
+  /// failure adds nothing. `src` being this container: VX_RET_FALSE.
   virtual VX_RET_STATUS addElems(VX_OrdContainer<T>& src, unsigned char allowDuplicates);
-  // delElem for every element of `src`, in index order; absent ones are skipped.
+  /// delElem for every element of `src`, in index order; absent ones are skipped.
   virtual VX_RET_STATUS removeElems(VX_OrdContainer<T>& src);
-  // First position holding `elem`; VX_RET_FALSE with `index == numElems()` when absent.
+  /// First position holding `elem`; VX_RET_FALSE with `index == numElems()` when absent.
   virtual VX_RET_STATUS findElemIndex(const T& elem, unsigned int& index);
   virtual T& operator[](unsigned int index) = 0;
   virtual VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) = 0;
@@ -140,9 +141,9 @@ class VX_API VX_OrdContainer : public VX_Container<T> {
   virtual VX_RET_STATUS preappendElem(const T& elem) = 0;
 };
 
-// VX_I_Iterator: the cursor and the one-byte re-entrancy lock. The lock is no mutex: it only
-// turns a walk started from inside another walk over the same container into
-// VX_RET_ERR_ILOCK. Copy assignment copies the flags and the cursor as they are.
+/// VX_I_Iterator: the cursor and the one-byte re-entrancy lock. The lock is no mutex: it only
+/// turns a walk started from inside another walk over the same container into
+/// VX_RET_ERR_ILOCK. Copy assignment copies the flags and the cursor as they are.
 template <class T>
 class VX_API VX_I_Iterator : public VX_VorlaxeClass {
  public:
@@ -161,12 +162,12 @@ class VX_API VX_I_Iterator : public VX_VorlaxeClass {
   virtual VX_RET_STATUS getCurIndex(unsigned int& index) = 0;
   virtual VX_RET_STATUS setCurIndex(unsigned int index) = 0;
   virtual VX_RET_STATUS getCurElem(T** elem) = 0;
-  // A search, not an assignment: puts the cursor on the first element equal to `elem`.
+  /// A search, not an assignment: puts the cursor on the first element equal to `elem`.
   virtual VX_RET_STATUS setCurElem(const T& elem) = 0;
 
-  // Takes the lock; a held lock is reported (VX_RET_ERR_ILOCK) and left as it is.
+  /// Takes the lock; a held lock is reported (VX_RET_ERR_ILOCK) and left as it is.
   VX_RET_STATUS lock();
-  // VX_RET_FALSE when the lock was free.
+  /// VX_RET_FALSE when the lock was free.
   VX_RET_STATUS unlock();
   unsigned char isLocked() const {
     VX_setUserError(0);
@@ -185,43 +186,43 @@ class VX_API VX_I_Iterator : public VX_VorlaxeClass {
   VX_RET_STATUS cleanupDataMembers();
 };
 
-// VX_IndContainer: an ordered container with a cursor. Implements membership through the
-// cursor and index primitives, and holds the index-based cursor mechanics that the array
-// and the chunked array share (each passes its own report file and lines).
+/// VX_IndContainer: an ordered container with a cursor. Implements membership through the
+/// cursor and index primitives, and holds the index-based cursor mechanics that the array
+/// and the chunked array share (each passes its own report file and lines).
 template <class T>
 class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T> {
  public:
   unsigned char hasElem(const T& elem) override;
-  // As the ordered container's search, but walked with the cursor (given back unchanged), so
-  // that containers slow to index, like the list, are scanned in linear time.
+  /// As the ordered container's search, but walked with the cursor (given back unchanged), so
+  /// that containers slow to index, like the list, are scanned in linear time.
   VX_RET_STATUS findElemIndex(const T& elem, unsigned int& index) override;
-  // Appends: no duplicate check.
+  /// Appends: no duplicate check.
   VX_RET_STATUS addElem(const T& elem) override;
-  // Removes the first equal element; VX_RET_FALSE when there is none.
+  /// Removes the first equal element; VX_RET_FALSE when there is none.
   VX_RET_STATUS delElem(const T& elem) override;
   T& operator[](unsigned int index) override = 0;
   virtual unsigned char objIsEnabled() const = 0;
-  // Inserts at the cursor's index (position 0 for a null cursor).
+  /// Inserts at the cursor's index (position 0 for a null cursor).
   virtual VX_RET_STATUS insertElemAtCur(VX_INS_METHOD method, const T& elem);
   virtual VX_RET_STATUS delCurElem(unsigned char advance) = 0;
 
  protected:
   template <class K, class D>
-  friend class VX_HashTable;  // walks its buckets with seekCur
+  friend class VX_HashTable;  ///< walks its buckets with seekCur
 
-  // The one cursor walk: from the first element on, puts the cursor on the first element
-  // for which `stop(element)` answers true and returns it; null, with the cursor cleared,
-  // when none does. Locking is the caller's: the walks differ in what a held lock means.
+  /// The one cursor walk: from the first element on, puts the cursor on the first element
+  /// for which `stop(element)` answers true and returns it; null, with the cursor cleared,
+  /// when none does. Locking is the caller's: the walks differ in what a held lock means.
   template <class Stop>
   T* seekCur(Stop stop);
-  // Position of the first element equal to `elem` (numElems() when none), by a cursor walk
-  // that leaves the cursor as it found it.
+  /// Position of the first element equal to `elem` (numElems() when none), by a cursor walk
+  /// that leaves the cursor as it found it.
   unsigned int scanFor(const T& elem);
-  // The cursor search of setCurElem, under the lock.
+  /// The cursor search of setCurElem, under the lock.
   VX_RET_STATUS cursorSearch(const T& elem, const char* file, unsigned line);
-  // curAtFirst (last false) / curAtLast (last true) for an index cursor; 6 when not enabled.
+  /// curAtFirst (last false) / curAtLast (last true) for an index cursor; 6 when not enabled.
   unsigned char cursorAtEnd(bool last, const char* file, unsigned line);
-  // setCurFirst / setCurLast through setCurIndex; its failure is reported again at lineAgain.
+  /// setCurFirst / setCurLast through setCurIndex; its failure is reported again at lineAgain.
   VX_RET_STATUS cursorToEnd(bool last, const char* file, unsigned line, unsigned lineAgain);
   VX_RET_STATUS cursorIndex(unsigned int& index, const char* file, unsigned line);
   VX_RET_STATUS cursorElem(T** elem, const char* file, unsigned lineArg, unsigned line);
@@ -229,11 +230,11 @@ class VX_API VX_IndContainer : public VX_OrdContainer<T>, public VX_I_Iterator<T
 
 #include "vx_iterator_impl.h"
 
-// The library's own instantiations of the interface; hosts and the library's other sources
-// reuse them.
-// `VX_CONTAINER_INTERFACE_INSTANCES(extern, T)` in a header and
-// `VX_CONTAINER_INTERFACE_INSTANCES(, T)` in the source that exports them name the four
-// interface classes of one element type.
+/// The library's own instantiations of the interface; hosts and the library's other sources
+/// reuse them.
+/// `VX_CONTAINER_INTERFACE_INSTANCES(extern, T)` in a header and
+/// `VX_CONTAINER_INTERFACE_INSTANCES(, T)` in the source that exports them name the four
+/// interface classes of one element type.
 #define VX_CONTAINER_INTERFACE_INSTANCES(EXTERN, ...)                 \
   EXTERN template class VX_API_##EXTERN VX_Container<__VA_ARGS__>;    \
   EXTERN template class VX_API_##EXTERN VX_OrdContainer<__VA_ARGS__>; \

@@ -1,12 +1,13 @@
-// The reference-counted module manager: one record per module path, so that several users can
-// load the same module and it is released only when the last one lets go.
+/// \file
+/// The reference-counted module manager: one record per module path, so that several users can
+/// load the same module and it is released only when the last one lets go.
 #ifndef VX_DLLMANAGER_H
 #define VX_DLLMANAGER_H
 
 #include "vx_hash.h"
 #include "vx_str.h"
 
-// VX_DllEntry: a loaded module's handle and how many loads of its path are outstanding.
+/// VX_DllEntry: a loaded module's handle and how many loads of its path are outstanding.
 struct VX_API VX_DllEntry {
   void* handle;
   unsigned int refCount;
@@ -29,30 +30,30 @@ VX_HASH_TEMPLATES(extern, VX_String, VX_DllEntry)
 // reports it). A module the system will not load, and an entry point it lacks, leave the
 // system's reason for VX_dllGetLastError.
 
-// VX_RET_FALSE when the table exists already; VX_RET_ERR_MEM when it cannot be made.
+/// VX_RET_FALSE when the table exists already; VX_RET_ERR_MEM when it cannot be made.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllEntryManagerInit(void);
-// Releases every module (as VX_dllUnloadAll), then forgets every record; always VX_RET_TRUE.
+/// Releases every module (as VX_dllUnloadAll), then forgets every record; always VX_RET_TRUE.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllEntryManagerClose(void);
-// A path already loaded only has its count raised. VX_RET_FALSE when the file does not exist
-// or the system refuses the module.
+/// A path already loaded only has its count raised. VX_RET_FALSE when the file does not exist
+/// or the system refuses the module.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllLoad(const char* path);
-// Lowers the count; the last unload releases the module and removes the record (VX_RET_FALSE
-// when the system refused the release). VX_RET_FALSE for a path that is not loaded.
+/// Lowers the count; the last unload releases the module and removes the record (VX_RET_FALSE
+/// when the system refused the release). VX_RET_FALSE for a path that is not loaded.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllUnload(const char* path);
-// Releases every module once, whatever its count, and keeps every record: VX_dllGetHandle
-// still answers the released handle and a later VX_dllLoad of such a path only raises its
-// count. Only VX_dllEntryManagerClose empties the table. A record left released this way is
-// never released a second time: its last VX_dllUnload, a second VX_dllUnloadAll and the close
-// skip the release, and VX_dllGetProcAddress answers VX_RET_FALSE for it.
+/// Releases every module once, whatever its count, and keeps every record: VX_dllGetHandle
+/// still answers the released handle and a later VX_dllLoad of such a path only raises its
+/// count. Only VX_dllEntryManagerClose empties the table. A record left released this way is
+/// never released a second time: its last VX_dllUnload, a second VX_dllUnloadAll and the close
+/// skip the release, and VX_dllGetProcAddress answers VX_RET_FALSE for it.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllUnloadAll(void);
-// The handle of a loaded path (null first, and when absent: VX_RET_FALSE).
+/// The handle of a loaded path (null first, and when absent: VX_RET_FALSE).
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllGetHandle(const char* path, void** handle);
-// The entry point `name` of a loaded path; VX_RET_FALSE when the path is not loaded or the
-// module does not export it.
+/// The entry point `name` of a loaded path; VX_RET_FALSE when the path is not loaded or the
+/// module does not export it.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllGetProcAddress(const char* path, const char* name, void** proc);
-// The system's reason why the last module load or entry-point lookup of this layer or of the
-// public-module layer failed ("libx.so: cannot open shared object file: ..." and the like),
-// or the empty text when none has failed. The text stays valid until the next failure.
+/// The system's reason why the last module load or entry-point lookup of this layer or of the
+/// public-module layer failed ("libx.so: cannot open shared object file: ..." and the like),
+/// or the empty text when none has failed. The text stays valid until the next failure.
 VX_EXTERN_C VX_API const char* VX_dllGetLastError(void);
 
 #endif

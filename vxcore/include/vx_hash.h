@@ -1,4 +1,5 @@
-// The hash table VX_HashTable with its entries, and the library's default hash functions.
+/// \file
+/// The hash table VX_HashTable with its entries, and the library's default hash functions.
 #ifndef VX_HASH_H
 #define VX_HASH_H
 
@@ -7,8 +8,8 @@
 #include "vx_str.h"
 #include "vx_vararr.h"
 
-// VX_HashEntry: one key and its data, both held by value. An entry whose key or data could
-// not be copied (memory ran out) is not enabled; the table never keeps such an entry.
+/// VX_HashEntry: one key and its data, both held by value. An entry whose key or data could
+/// not be copied (memory ran out) is not enabled; the table never keeps such an entry.
 template <class K, class D>
 class VX_API VX_HashEntry : public VX_VorlaxeClass {
  public:
@@ -17,7 +18,7 @@ class VX_API VX_HashEntry : public VX_VorlaxeClass {
   VX_HashEntry(const VX_HashEntry& other);
   ~VX_HashEntry() override;
   VX_HashEntry& operator=(const VX_HashEntry& other);
-  // Equal keys and equal data; both entries must be enabled (else VX_RET_ERR_OBJ and 0).
+  /// Equal keys and equal data; both entries must be enabled (else VX_RET_ERR_OBJ and 0).
   unsigned char operator==(const VX_HashEntry& other) const;
   unsigned char objIsEnabled() const { return enabled; }
 
@@ -30,15 +31,15 @@ class VX_API VX_HashEntry : public VX_VorlaxeClass {
   void cleanupDataMembers();
 };
 
-// VX_HashTable: keys mapped to data by separate chaining over a bucket count fixed at
-// construction (the table never rehashes). The bucket of a key is hashFunc(key, size), or
-// 0 without a hash function; a hash function answering size or more makes the operation fail
-// with VX_RET_ERR_GEN and never touches the table. Each bucket is a linked list with the
-// newest entry first. The table owns copies of keys and data; releaseFunc, when given, sees
-// every entry just before the table lets go of it (deleteEntry and destruction). A table whose
-// buckets could not be allocated is not enabled and every operation reports VX_RET_ERR_OBJ.
-// A walk over a bucket holds that bucket's lock: adding to, deleting from or iterating the
-// bucket that iterate is walking is refused with VX_RET_ERR_ILOCK.
+/// VX_HashTable: keys mapped to data by separate chaining over a bucket count fixed at
+/// construction (the table never rehashes). The bucket of a key is hashFunc(key, size), or
+/// 0 without a hash function; a hash function answering size or more makes the operation fail
+/// with VX_RET_ERR_GEN and never touches the table. Each bucket is a linked list with the
+/// newest entry first. The table owns copies of keys and data; releaseFunc, when given, sees
+/// every entry just before the table lets go of it (deleteEntry and destruction). A table whose
+/// buckets could not be allocated is not enabled and every operation reports VX_RET_ERR_OBJ.
+/// A walk over a bucket holds that bucket's lock: adding to, deleting from or iterating the
+/// bucket that iterate is walking is refused with VX_RET_ERR_ILOCK.
 template <class K, class D>
 class VX_API VX_HashTable : public VX_VorlaxeClass {
  public:
@@ -54,15 +55,15 @@ class VX_API VX_HashTable : public VX_VorlaxeClass {
   unsigned int getSize() const { return size; }
   unsigned int numEntries() const { return nEntries; }
 
-  // VX_RET_FALSE when the key is present already (its data stays).
+  /// VX_RET_FALSE when the key is present already (its data stays).
   VX_RET_STATUS addEntry(const K& key, const D& data);
   VX_RET_STATUS deleteEntry(const K& key);
   VX_RET_STATUS hasEntry(const K& key);
-  // Copies the data of `key` into `data`; VX_RET_FALSE (data untouched) when absent.
+  /// Copies the data of `key` into `data`; VX_RET_FALSE (data untouched) when absent.
   VX_RET_STATUS getEntryData(const K& key, D& data);
   VX_RET_STATUS setEntryData(const K& key, const D& data);
-  // Calls `callback` for every entry, bucket by bucket; a result of 3 or more stops the walk
-  // and is returned.
+  /// Calls `callback` for every entry, bucket by bucket; a result of 3 or more stops the walk
+  /// and is returned.
   VX_RET_STATUS iterate(EntryFunc callback);
 
  private:
@@ -71,11 +72,11 @@ class VX_API VX_HashTable : public VX_VorlaxeClass {
 
   VX_RET_STATUS initDataMembers(unsigned int size);
   VX_RET_STATUS cleanupDataMembers();
-  // The bucket of `key`, or null after reporting VX_RET_ERR_GEN at `line`.
+  /// The bucket of `key`, or null after reporting VX_RET_ERR_GEN at `line`.
   Bucket* bucketOf(const K& key, unsigned line);
   Entry* getEntryPtr(const K& key);
-  // Calls `callback` for every entry, bucket by bucket. With stopOnFailure a result of 3 or
-  // more ends the walk and is returned; without it every entry is seen (the final release).
+  /// Calls `callback` for every entry, bucket by bucket. With stopOnFailure a result of 3 or
+  /// more ends the walk and is returned; without it every entry is seen (the final release).
   VX_RET_STATUS walk(EntryFunc callback, bool stopOnFailure);
 
   unsigned char enabled;
@@ -88,32 +89,32 @@ class VX_API VX_HashTable : public VX_VorlaxeClass {
 
 #include "vx_hash_impl.h"
 
-// The default hash functions. The string hash is multiplicative hashing with the golden
-// ratio (0.618034 as a float) over h = 2h + c taken in double precision; a key without text
-// gives `size`, which the table rejects. The variant hash prints the value first ("%c", "%u",
-// "%d", "%ld", "%p", "%f", "%lf" by kind; a string as it is) and hashes the text, so the
-// integer 65 and the text "65" share a bucket. The variant-array hash carries one float
-// accumulator across the elements and sums their contributions modulo 2^32. Kinds that cannot
-// be printed report VX_RET_ERR_ARG and give `size`.
+/// The default hash functions. The string hash is multiplicative hashing with the golden
+/// ratio (0.618034 as a float) over h = 2h + c taken in double precision; a key without text
+/// gives `size`, which the table rejects. The variant hash prints the value first ("%c", "%u",
+/// "%d", "%ld", "%p", "%f", "%lf" by kind; a string as it is) and hashes the text, so the
+/// integer 65 and the text "65" share a bucket. The variant-array hash carries one float
+/// accumulator across the elements and sums their contributions modulo 2^32. Kinds that cannot
+/// be printed report VX_RET_ERR_ARG and give `size`.
 VX_API unsigned int VX_defHashFuncStringKey(const VX_String& key, unsigned int size);
 VX_API unsigned int VX_defHashFuncVarKey(const VX_Var& key, unsigned int size);
 VX_API unsigned int VX_defHashFuncVarArrKey(const VX_VarArr& key, unsigned int size);
 
-// Strong hash functions, drop-in replacements for the two defaults above. The defaults' values
-// are fixed (tables and files made with them rely on the buckets they give), but they spread
-// keys badly: similar keys such as "key0" .. "key99999" crowd into a few hundred buckets,
-// whatever the size, and each lookup then walks a long chain. These mix every byte of the
-// text (FNV-1a with a 64-bit avalanche) and spread such keys evenly over any size, so use
-// them for any table of more than a few dozen entries whose bucket numbers need not match
-// an older table's. The variant form hashes the same printed text as VX_defHashFuncVarKey,
-// so keys the table finds equal (the integer 65 and the text "65") still share a bucket. A
-// key without text, an unprintable kind or a size of 0 gives `size`, as the defaults do.
+/// Strong hash functions, drop-in replacements for the two defaults above. The defaults' values
+/// are fixed (tables and files made with them rely on the buckets they give), but they spread
+/// keys badly: similar keys such as "key0" .. "key99999" crowd into a few hundred buckets,
+/// whatever the size, and each lookup then walks a long chain. These mix every byte of the
+/// text (FNV-1a with a 64-bit avalanche) and spread such keys evenly over any size, so use
+/// them for any table of more than a few dozen entries whose bucket numbers need not match
+/// an older table's. The variant form hashes the same printed text as VX_defHashFuncVarKey,
+/// so keys the table finds equal (the integer 65 and the text "65") still share a bucket. A
+/// key without text, an unprintable kind or a size of 0 gives `size`, as the defaults do.
 VX_API unsigned int VX_strongHashFuncStringKey(const VX_String& key, unsigned int size);
 VX_API unsigned int VX_strongHashFuncVarKey(const VX_Var& key, unsigned int size);
 
-// Every class template a table of K and D brings, declared `extern` in headers
-// (VX_HASH_TEMPLATES(extern, K, D)) and defined once by the source that owns the pair
-// (VX_HASH_TEMPLATES(, K, D)).
+/// Every class template a table of K and D brings, declared `extern` in headers
+/// (VX_HASH_TEMPLATES(extern, K, D)) and defined once by the source that owns the pair
+/// (VX_HASH_TEMPLATES(, K, D)).
 #define VX_HASH_TEMPLATES(EXT, K, D)                                             \
   EXT template class VX_API_##EXT VX_HashEntry<K, D>;                            \
   EXT template class VX_API_##EXT VX_Container<VX_HashEntry<K, D>>;              \

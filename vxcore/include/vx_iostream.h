@@ -1,4 +1,5 @@
-// The library's text output stream.
+/// \file
+/// The library's text output stream.
 #ifndef VX_IOSTREAM_H
 #define VX_IOSTREAM_H
 
@@ -7,14 +8,14 @@
 
 typedef VX_RET_STATUS (*VX_ConsoleHandler)(char* text);
 
-// VX_OStream: every printable library type writes itself here. By default output goes to
-// standard output with the standard stream's formatting; with a console handler installed,
-// each value is formatted into a text and handed to the handler instead, one call per value.
-// The output operators do not check `enabled`.
+/// VX_OStream: every printable library type writes itself here. By default output goes to
+/// standard output with the standard stream's formatting; with a console handler installed,
+/// each value is formatted into a text and handed to the handler instead, one call per value.
+/// The output operators do not check `enabled`.
 class VX_API VX_OStream : public VX_VorlaxeClass {
  public:
   VX_OStream();
-  VX_OStream(const VX_OStream& other);  // not for use: reports VX_RET_ERR_NSUP
+  VX_OStream(const VX_OStream& other);  ///< not for use: reports VX_RET_ERR_NSUP
   ~VX_OStream() override;
 
   unsigned char objIsEnabled() const { return enabled; }
@@ -49,10 +50,10 @@ class VX_API VX_OStream : public VX_VorlaxeClass {
   VX_ConsoleHandler handler;
 };
 
-// The library's standard output stream, made at start-up; null before and after.
+/// The library's standard output stream, made at start-up; null before and after.
 VX_EXTERN_C VX_API VX_OStream* VX_coutPtr;
 
-// "Vorlaxe return code: NAME(value)"; unnamed values print as "Undefined(value)".
+/// "Vorlaxe return code: NAME(value)"; unnamed values print as "Undefined(value)".
 VX_API VX_OStream& operator<<(VX_OStream& stream, VX_RET_STATUS status);
 
 #endif

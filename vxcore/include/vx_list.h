@@ -1,4 +1,5 @@
-// VX_LNode and VX_LList: the doubly linked list of the container family.
+/// \file
+/// VX_LNode and VX_LList: the doubly linked list of the container family.
 #ifndef VX_LIST_H
 #define VX_LIST_H
 
@@ -8,11 +9,11 @@
 template <class T>
 class VX_VCArray;
 
-// VX_LNode<T>: one element of a list, held by value, and its two links. Nodes are heap
-// objects owned by their list and deleted through the virtual destructor. The element is
-// copy-constructed; a copy that did not take (an element type that ends up disabled) leaves
-// the node disabled, and the list never links such a node. Assignment copies the element
-// only; links belong to the list.
+/// VX_LNode<T>: one element of a list, held by value, and its two links. Nodes are heap
+/// objects owned by their list and deleted through the virtual destructor. The element is
+/// copy-constructed; a copy that did not take (an element type that ends up disabled) leaves
+/// the node disabled, and the list never links such a node. Assignment copies the element
+/// only; links belong to the list.
 template <class T>
 class VX_API VX_LNode : public VX_VorlaxeClass {
  public:
@@ -23,22 +24,22 @@ class VX_API VX_LNode : public VX_VorlaxeClass {
 
   unsigned char enabled;
   T data;
-  VX_LNode* next;  // null at the tail
-  VX_LNode* prev;  // null at the head
+  VX_LNode* next;  ///< null at the tail
+  VX_LNode* prev;  ///< null at the head
 
  private:
   void initDataMembers();
   void cleanupDataMembers();
 };
 
-// VX_LList<T>: owns one heap node per element. Insertion and removal at the cursor, head and
-// tail touch no other element; access by index walks the chain. The cursor holds the node.
-// Its quirks are deliberate and callers depend on them: setCurLast gives the index count,
-// not count - 1; setCurNext and setCurPrev answer VX_RET_TRUE when they step off the list
-// (so a walk tests curIsNull after each step); insElemAtCur before the cursor leaves the
-// cursor index one above the new node's position; getCurElem on a null cursor is
-// VX_RET_ERR_GEN. A failed allocation leaves the list unchanged. Assignment copies the
-// elements (so lists can be array elements); equality compares them in order.
+/// VX_LList<T>: owns one heap node per element. Insertion and removal at the cursor, head and
+/// tail touch no other element; access by index walks the chain. The cursor holds the node.
+/// Its quirks are deliberate and callers depend on them: setCurLast gives the index count,
+/// not count - 1; setCurNext and setCurPrev answer VX_RET_TRUE when they step off the list
+/// (so a walk tests curIsNull after each step); insElemAtCur before the cursor leaves the
+/// cursor index one above the new node's position; getCurElem on a null cursor is
+/// VX_RET_ERR_GEN. A failed allocation leaves the list unchanged. Assignment copies the
+/// elements (so lists can be array elements); equality compares them in order.
 template <class T>
 class VX_API VX_LList : public VX_IndContainer<T> {
  public:
@@ -47,24 +48,24 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   VX_LList& operator=(const VX_LList& src);
   unsigned char operator==(const VX_LList& other) const;
 
-  // Removes the first node holding `elem` itself or an equal value; the cursor stays on its
-  // element (its index follows), or moves on when its own node goes.
+  /// Removes the first node holding `elem` itself or an equal value; the cursor stays on its
+  /// element (its index follows), or moves on when its own node goes.
   VX_RET_STATUS delElem(const T& elem) override;
   VX_RET_STATUS delAll() override;
   T& operator[](unsigned int index) override;
-  // Reading needs no cursor, so a const list reads its elements (same reports and sink).
+  /// Reading needs no cursor, so a const list reads its elements (same reports and sink).
   const T& operator[](unsigned int index) const;
-  // Nothing is inserted when `index` is past the end (VX_RET_FALSE).
+  /// Nothing is inserted when `index` is past the end (VX_RET_FALSE).
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
   VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
   VX_RET_STATUS appendElem(const T& elem) override;
   VX_RET_STATUS preappendElem(const T& elem) override;
   unsigned char objIsEnabled() const override { return enabled; }
   VX_RET_STATUS delCurElem(unsigned char advance) override;
-  // Inserts next to the cursor's node; on an empty list appends; a null cursor on a
-  // non-empty list is VX_RET_ERR_CALL. Declared here, before the cursor overrides, so that
-  // it takes the slot right after delCurElem: overriders of the cursor's slots get entries
-  // of their own in this table, behind it.
+  /// Inserts next to the cursor's node; on an empty list appends; a null cursor on a
+  /// non-empty list is VX_RET_ERR_CALL. Declared here, before the cursor overrides, so that
+  /// it takes the slot right after delCurElem: overriders of the cursor's slots get entries
+  /// of their own in this table, behind it.
   virtual VX_RET_STATUS insElemAtCur(VX_INS_METHOD method, const T& elem);
 
   unsigned char curIsNull() override;
@@ -84,29 +85,29 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   template <class U>
   friend class VX_VCArray;
   template <class K, class D>
-  friend class VX_HashTable;  // looks keys up along the chain without moving the cursor
+  friend class VX_HashTable;  ///< looks keys up along the chain without moving the cursor
 
   void initDataMembers();
   VX_RET_STATUS cleanupDataMembers();
   Node* curNode() const { return static_cast<Node*>(this->cur.node); }
-  // Puts the cursor on `node` with `index`; a null node clears it.
+  /// Puts the cursor on `node` with `index`; a null node clears it.
   void pointCur(Node* node, unsigned int index);
-  // The node at `index`, walking from the nearer end; null past the end.
+  /// The node at `index`, walking from the nearer end; null past the end.
   Node* nodeAt(unsigned int index) const;
-  // Links `node` before (`before` true) or after `at`; a null `at` means the front (before)
-  // or the back (after).
+  /// Links `node` before (`before` true) or after `at`; a null `at` means the front (before)
+  /// or the back (after).
   void link(Node* node, Node* at, bool before);
-  // Detaches `node`; a cursor on it is cleared. The node is not deleted.
+  /// Detaches `node`; a cursor on it is cleared. The node is not deleted.
   void unlink(Node* node);
-  // Links a node next to the cursor's node as insElemAtCur does.
+  /// Links a node next to the cursor's node as insElemAtCur does.
   void linkAtCur(VX_INS_METHOD method, Node* node);
-  // Moves every node of `from` behind `at` (to the front for a null `at`). The cursor's
-  // index is not adjusted: the chunked array keeps its block list's cursor itself.
+  /// Moves every node of `from` behind `at` (to the front for a null `at`). The cursor's
+  /// index is not adjusted: the chunked array keeps its block list's cursor itself.
   void spliceAfter(Node* at, VX_LList& from);
   static void freeChain(Node* first);
-  // A new unlinked node holding a copy of `elem`; null when the node (reported at `line`)
-  // or the copy (reported by the element) cannot be had, which callers answer with
-  // VX_RET_ERR_MEM.
+  /// A new unlinked node holding a copy of `elem`; null when the node (reported at `line`)
+  /// or the copy (reported by the element) cannot be had, which callers answer with
+  /// VX_RET_ERR_MEM.
   static Node* newNode(const T& elem, unsigned line);
 
   unsigned char enabled;

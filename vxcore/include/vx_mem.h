@@ -1,4 +1,5 @@
-// The library's allocation helpers and the owned memory block VX_Memory.
+/// \file
+/// The library's allocation helpers and the owned memory block VX_Memory.
 #ifndef VX_MEM_H
 #define VX_MEM_H
 
@@ -30,7 +31,7 @@ inline void* VX_realloc(void* block, std::size_t size) {
 }
 inline void VX_free(void* block) { std::free(block); }
 
-// A malloc'ed copy of `text` (null for a null text or a failed allocation).
+/// A malloc'ed copy of `text` (null for a null text or a failed allocation).
 inline char* VX_strdup(const char* text) {
   if (!text) return nullptr;
   std::size_t n = std::strlen(text) + 1;
@@ -49,9 +50,9 @@ inline void VX_deleteArray(T* elems) {
   delete[] elems;
 }
 
-// One heap object built in VX_malloc'ed memory, so that single objects obey the same
-// allocation switch as everything else; null when the memory cannot be had. Release with
-// VX_deleteObject (runs the, possibly virtual, destructor, then frees).
+/// One heap object built in VX_malloc'ed memory, so that single objects obey the same
+/// allocation switch as everything else; null when the memory cannot be had. Release with
+/// VX_deleteObject (runs the, possibly virtual, destructor, then frees).
 template <class T, class... Args>
 inline T* VX_newObject(Args&&... args) {
   void* mem = VX_malloc(sizeof(T));
@@ -64,21 +65,21 @@ inline void VX_deleteObject(T* obj) {
   VX_free(obj);
 }
 
-// VX_Memory: one owned, resizable heap block and its size, with an error flag that
-// remembers whether the last (re)allocation failed. memSize() is the size in use; the block
-// may hold spare room beyond it, which memExpand grows geometrically so that a block grown a
-// little at a time costs amortised constant time per byte (the spare room is never shown and
-// never cleared). Allocation failures are reported twice
-// ("VX_Memory allocation"/"VX_Memory reallocation" with "Memory error", then
-// VX_RET_ERR_MEM) and leave the documented state: a failed memGet leaves the block empty,
-// a failed memExpand keeps the old content. A constructor that cannot allocate leaves the
-// object disabled; operations on a disabled block report VX_RET_ERR_POBJ.
+/// VX_Memory: one owned, resizable heap block and its size, with an error flag that
+/// remembers whether the last (re)allocation failed. memSize() is the size in use; the block
+/// may hold spare room beyond it, which memExpand grows geometrically so that a block grown a
+/// little at a time costs amortised constant time per byte (the spare room is never shown and
+/// never cleared). Allocation failures are reported twice
+/// ("VX_Memory allocation"/"VX_Memory reallocation" with "Memory error", then
+/// VX_RET_ERR_MEM) and leave the documented state: a failed memGet leaves the block empty,
+/// a failed memExpand keeps the old content. A constructor that cannot allocate leaves the
+/// object disabled; operations on a disabled block report VX_RET_ERR_POBJ.
 class VX_API VX_Memory : public VX_VorlaxeClass {
  public:
   explicit VX_Memory(unsigned size = 0);
   VX_Memory(const VX_Memory& other);
   ~VX_Memory() override;
-  // Returns a copy of the object, by value, as the interface always has.
+  /// Returns a copy of the object, by value, as the interface always has.
   VX_Memory operator=(const VX_Memory& other);
 
   unsigned char objIsEnabled() const { return enabled; }
@@ -89,13 +90,13 @@ class VX_API VX_Memory : public VX_VorlaxeClass {
   VX_RET_STATUS memGet(unsigned size);
   VX_RET_STATUS memExpand(unsigned size);
   VX_RET_STATUS memCopy(const void* src, unsigned size);
-  // Adopts `block` (from the malloc family) without freeing the block held before.
+  /// Adopts `block` (from the malloc family) without freeing the block held before.
   VX_RET_STATUS memSet(void* block, unsigned size);
   VX_RET_STATUS memFree();
 
  protected:
-  // memExpand without its reports: false, block and error flag as they were, when memory runs
-  // out. For callers whose failure is silent or reported their own way.
+  /// memExpand without its reports: false, block and error flag as they were, when memory runs
+  /// out. For callers whose failure is silent or reported their own way.
   bool memGrow(unsigned size);
 
  private:
@@ -106,7 +107,7 @@ class VX_API VX_Memory : public VX_VorlaxeClass {
   unsigned bufSize;
   unsigned char* buffer;
   unsigned char memError;
-  unsigned capacity;  // bytes the block can hold, at least bufSize
+  unsigned capacity;  ///< bytes the block can hold, at least bufSize
 };
 
 #endif

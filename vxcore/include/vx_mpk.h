@@ -1,5 +1,6 @@
-// Component packages (MPK files): the description of one installable component module, and
-// the manager that opens a package and loads, initialises and closes its module.
+/// \file
+/// Component packages (MPK files): the description of one installable component module, and
+/// the manager that opens a package and loads, initialises and closes its module.
 #ifndef VX_MPK_H
 #define VX_MPK_H
 
@@ -8,8 +9,8 @@
 #include "vx_str.h"
 #include "vx_version.h"
 
-// VX_MPKBitmapEntry: one bitmap of a package: the name it is asked for by and its file, relative
-// to the package's directory.
+/// VX_MPKBitmapEntry: one bitmap of a package: the name it is asked for by and its file, relative
+/// to the package's directory.
 struct VX_API VX_MPKBitmapEntry {
   VX_String name;
   VX_String file;
@@ -22,7 +23,7 @@ struct VX_API VX_MPKBitmapEntry {
   unsigned char operator==(const VX_MPKBitmapEntry& other) const;
 };
 
-// A bitmap entry copied whole: both texts arrived (memory may run out for either).
+/// A bitmap entry copied whole: both texts arrived (memory may run out for either).
 inline bool VX_copyTook(const VX_MPKBitmapEntry& copy, const VX_MPKBitmapEntry& src, int) {
   return VX_copyTook(copy.name, src.name, 0) && VX_copyTook(copy.file, src.file, 0);
 }
@@ -33,31 +34,31 @@ extern template class VX_API VX_I_Iterator<VX_MPKBitmapEntry>;
 extern template class VX_API VX_IndContainer<VX_MPKBitmapEntry>;
 extern template class VX_API VX_Array<VX_MPKBitmapEntry>;
 
-// VX_MPKEntry: a package's description, as kept in record 1 of its file. It owns its texts and
-// arrays; the directory and path say where the file is and are not persisted.
-//
-// The package file is a binary record file of variable records. Its user header holds the
-// file-type text "MPK binary file" with its terminator, every byte complemented, followed by
-// the packing version (12 bytes, the version's packed form). Record 1 holds the packed entry,
-// every byte complemented. Packed form: name, the marker text "APPVERSION", the application
-// version, GUID, main module, the dependency count (4 bytes) and each dependency, the bitmap
-// count (4 bytes) and each bitmap's name and file, the help file; texts in the string's packed
-// form. An older package without the marker reads as application version 0.0.0.
-//
-// Package files come from disk and are checked as they are read: a record shorter than its
-// counts and lengths claim, counts larger than the record could hold, or texts without an end
-// are refused with VX_RET_ERR_ARG before anything is sized from them, and the entry keeps what it
-// held. When memory runs out while a finished read is being taken over, the description is
-// left empty rather than half old and half new.
-// persist/restore are not supported (VX_RET_ERR_NIMP): packages are written whole by save.
+/// VX_MPKEntry: a package's description, as kept in record 1 of its file. It owns its texts and
+/// arrays; the directory and path say where the file is and are not persisted.
+///
+/// The package file is a binary record file of variable records. Its user header holds the
+/// file-type text "MPK binary file" with its terminator, every byte complemented, followed by
+/// the packing version (12 bytes, the version's packed form). Record 1 holds the packed entry,
+/// every byte complemented. Packed form: name, the marker text "APPVERSION", the application
+/// version, GUID, main module, the dependency count (4 bytes) and each dependency, the bitmap
+/// count (4 bytes) and each bitmap's name and file, the help file; texts in the string's packed
+/// form. An older package without the marker reads as application version 0.0.0.
+///
+/// Package files come from disk and are checked as they are read: a record shorter than its
+/// counts and lengths claim, counts larger than the record could hold, or texts without an end
+/// are refused with VX_RET_ERR_ARG before anything is sized from them, and the entry keeps what it
+/// held. When memory runs out while a finished read is being taken over, the description is
+/// left empty rather than half old and half new.
+/// persist/restore are not supported (VX_RET_ERR_NIMP): packages are written whole by save.
 class VX_API VX_MPKEntry : public VX_Persistable {
  public:
   VX_MPKEntry();
   VX_MPKEntry(const VX_MPKEntry& other);
   ~VX_MPKEntry() override;
-  // A copy that cannot be completed (memory) leaves this entry empty and reports VX_RET_ERR_MEM.
+  /// A copy that cannot be completed (memory) leaves this entry empty and reports VX_RET_ERR_MEM.
   VX_MPKEntry& operator=(const VX_MPKEntry& other);
-  // Every persisted member and the path equal.
+  /// Every persisted member and the path equal.
   unsigned char operator==(const VX_MPKEntry& other) const;
 
   using VX_Persistable::pack;
@@ -67,26 +68,26 @@ class VX_API VX_MPKEntry : public VX_Persistable {
   VX_RET_STATUS persist(VX_Version& version, VX_FileBinary& file, unsigned int& size) override;
   VX_RET_STATUS restore(VX_Version& version, VX_FileBinary& file, unsigned int& size) override;
 
-  // Reads the package file at the MPK path and sets the MPK directory from it.
+  /// Reads the package file at the MPK path and sets the MPK directory from it.
   VX_RET_STATUS load();
-  // Writes the package file at the MPK path (created or truncated) with `version` as its
-  // packing version.
+  /// Writes the package file at the MPK path (created or truncated) with `version` as its
+  /// packing version.
   VX_RET_STATUS save(VX_Version& version);
-  // VX_RET_TRUE when `path` is a package file by its type text; VX_RET_FALSE, with a message
-  // (title "Error message"), when it is missing, cannot be opened or is another kind of file.
+  /// VX_RET_TRUE when `path` is a package file by its type text; VX_RET_FALSE, with a message
+  /// (title "Error message"), when it is missing, cannot be opened or is another kind of file.
   VX_RET_STATUS checkMPKFile(const char* path);
-  // The directory of the package file, ending in a separator (empty before load).
+  /// The directory of the package file, ending in a separator (empty before load).
   VX_RET_STATUS getMPKDir(VX_String& dir);
-  // Directory + help file name.
+  /// Directory + help file name.
   VX_RET_STATUS getHelpFilePath(VX_String& path);
-  // Directory + file of the first bitmap called `name`; VX_RET_FALSE when there is none.
+  /// Directory + file of the first bitmap called `name`; VX_RET_FALSE when there is none.
   VX_RET_STATUS getBitmapPath(const char* name, VX_String& path);
-  // Directory + main module file name. A main module is loaded from the package's directory
-  // only: a name that is absolute, has a drive or has a ".." component is refused
-  // (VX_RET_ERR_ARG, with a message saying so); so is an empty one.
+  /// Directory + main module file name. A main module is loaded from the package's directory
+  /// only: a name that is absolute, has a drive or has a ".." component is refused
+  /// (VX_RET_ERR_ARG, with a message saying so); so is an empty one.
   VX_RET_STATUS getMainDllPath(VX_String& path);
 
-  // The members one by one. Setters copy the text (VX_RET_ERR_MEM when it cannot be copied).
+  /// The members one by one. Setters copy the text (VX_RET_ERR_MEM when it cannot be copied).
   VX_RET_STATUS setMPKPath(const char* path);
   const VX_String& getMPKPath() const { return mpkPath; }
   VX_RET_STATUS setMPKName(const char* name);
@@ -105,14 +106,14 @@ class VX_API VX_MPKEntry : public VX_Persistable {
   const VX_Array<VX_MPKBitmapEntry>& getBitmaps() const { return bitmaps; }
 
  private:
-  // Copies the persisted members of `other`, and with `location` its directory and path too;
-  // VX_RET_ERR_MEM when one cannot be copied whole.
+  /// Copies the persisted members of `other`, and with `location` its directory and path too;
+  /// VX_RET_ERR_MEM when one cannot be copied whole.
   VX_RET_STATUS copyFrom(const VX_MPKEntry& other, bool location);
-  // Takes over the persisted members of a freshly read `fresh`; VX_RET_ERR_MEM leaves them empty.
+  /// Takes over the persisted members of a freshly read `fresh`; VX_RET_ERR_MEM leaves them empty.
   VX_RET_STATUS takePersisted(VX_MPKEntry& fresh);
-  // Empties the persisted members, and with `location` the directory and path.
+  /// Empties the persisted members, and with `location` the directory and path.
   void clear(bool location);
-  // The packed size, VX_PACKED_SIZE_OVERFLOW when it does not fit a block (the sum never wraps).
+  /// The packed size, VX_PACKED_SIZE_OVERFLOW when it does not fit a block (the sum never wraps).
   unsigned int packedSize(VX_Version& version);
 
   VX_String mpkDir;
@@ -126,24 +127,24 @@ class VX_API VX_MPKEntry : public VX_Persistable {
   VX_String helpFile;
 };
 
-// VX_MPK: the package an application opens: set up with the path of a package file that
-// exists, opened (description read), loaded (main module loaded from the package's directory
-// and initialised), then closed (module closed and released, path forgotten). It owns its
-// description and the loaded module; a manager that goes while its module is loaded closes it.
-// The dependencies a package lists are not loaded here. A manager without a path is not
-// enabled and its operations report VX_RET_ERR_POBJ.
+/// VX_MPK: the package an application opens: set up with the path of a package file that
+/// exists, opened (description read), loaded (main module loaded from the package's directory
+/// and initialised), then closed (module closed and released, path forgotten). It owns its
+/// description and the loaded module; a manager that goes while its module is loaded closes it.
+/// The dependencies a package lists are not loaded here. A manager without a path is not
+/// enabled and its operations report VX_RET_ERR_POBJ.
 class VX_API VX_MPK : public VX_VorlaxeClass {
  public:
   VX_MPK();
   explicit VX_MPK(const char* path);
   ~VX_MPK() override;
-  // Copies the path and the description; the module stays with `other` (the copy is not loaded).
+  /// Copies the path and the description; the module stays with `other` (the copy is not loaded).
   VX_MPK& operator=(const VX_MPK& other);
 
-  // Only while not enabled (else VX_RET_ERR_CALL, the old path kept). A missing file sends
-  // "MPK Error: <path> does not exist" (title "Error message") and is VX_RET_ERR_ARG.
+  /// Only while not enabled (else VX_RET_ERR_CALL, the old path kept). A missing file sends
+  /// "MPK Error: <path> does not exist" (title "Error message") and is VX_RET_ERR_ARG.
   VX_RET_STATUS setMPKPath(const char* path);
-  // The texts, or null (VX_RET_ERR_POBJ reported) when not enabled.
+  /// The texts, or null (VX_RET_ERR_POBJ reported) when not enabled.
   const char* getMPKPath();
   const char* getMPKName();
   const char* getMPKGUID();
@@ -155,7 +156,7 @@ class VX_API VX_MPK : public VX_VorlaxeClass {
   const VX_MPKEntry& getEntry() const { return entry; }
 
   VX_RET_STATUS openMPK();
-  // The argument is reserved and has no effect.
+  /// The argument is reserved and has no effect.
   VX_RET_STATUS loadMPK(unsigned long reserved = 0);
   VX_RET_STATUS closeMPK();
   unsigned char objIsEnabled() const { return initialised; }
@@ -164,7 +165,7 @@ class VX_API VX_MPK : public VX_VorlaxeClass {
   VX_MPK(const VX_MPK&);
   void initDataMembers();
   void cleanupDataMembers();
-  // Enabled and with a path; else VX_RET_ERR_POBJ (reported at `line`).
+  /// Enabled and with a path; else VX_RET_ERR_POBJ (reported at `line`).
   VX_RET_STATUS usable(unsigned line);
 
   unsigned char initialised;

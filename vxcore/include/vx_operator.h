@@ -1,15 +1,16 @@
-// The abstract operator object.
+/// \file
+/// The abstract operator object.
 #ifndef VX_OPERATOR_H
 #define VX_OPERATOR_H
 
 #include "vx_globals.h"
 #include "vx_vorlaxe.h"
 
-// VX_Operator: the base of operator objects, each of which supplies its one operation. It
-// owns nothing; its only state is the initialised flag, set by construction and cleared by
-// destruction (destroying an object twice reports VX_RET_ERR_POBJ). Operators are not copied:
-// copy construction reports VX_RET_ERR_NSUP (VX_RET_ERR_POBJ from an uninitialised source, which
-// leaves the new object uninitialised too); assignment copies the flag only.
+/// VX_Operator: the base of operator objects, each of which supplies its one operation. It
+/// owns nothing; its only state is the initialised flag, set by construction and cleared by
+/// destruction (destroying an object twice reports VX_RET_ERR_POBJ). Operators are not copied:
+/// copy construction reports VX_RET_ERR_NSUP (VX_RET_ERR_POBJ from an uninitialised source, which
+/// leaves the new object uninitialised too); assignment copies the flag only.
 class VX_API VX_Operator : public VX_VorlaxeClass {
  public:
   VX_Operator();

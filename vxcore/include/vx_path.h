@@ -1,4 +1,5 @@
-// Path text and simple file-system actions.
+/// \file
+/// Path text and simple file-system actions.
 #ifndef VX_PATH_H
 #define VX_PATH_H
 
@@ -16,57 +17,57 @@
 // (VX_RET_ERR_MEM) and a failed rename (VX_RET_ERR_GEN) are reported; predicates answer 0
 // instead of reporting.
 
-// Joins drive ("c" or "c:", only its first character is used), dir (a separator is added
-// unless it ends in one), fname and ext (a "." is added unless it starts with one). Null or
-// empty parts are left out; a null fname is VX_RET_ERR_ARG.
+/// Joins drive ("c" or "c:", only its first character is used), dir (a separator is added
+/// unless it ends in one), fname and ext (a "." is added unless it starts with one). Null or
+/// empty parts are left out; a null fname is VX_RET_ERR_ARG.
 VX_API VX_RET_STATUS VX_fileBuildPath(const char* drive, const char* dir, const char* fname, const char* ext,
                                       VX_String& out);
-// The inverse of VX_fileBuildPath: drive is "x:" when the second character is ":", dir runs up
-// to and including the last separator, ext is the text from the last "." of the name on (dot
-// included), fname what lies between. Absent parts are the empty text.
+/// The inverse of VX_fileBuildPath: drive is "x:" when the second character is ":", dir runs up
+/// to and including the last separator, ext is the text from the last "." of the name on (dot
+/// included), fname what lies between. Absent parts are the empty text.
 VX_API VX_RET_STATUS VX_fileExtractPathComponents(const char* path, VX_String& drive, VX_String& dir,
                                                   VX_String& fname, VX_String& ext);
 VX_API VX_RET_STATUS VX_fileGetCurDir(VX_String& out);
 VX_API unsigned char VX_filePathIsAbsolute(const char* path);
-// The path itself when absolute, else current directory + "\" + path.
+/// The path itself when absolute, else current directory + "\" + path.
 VX_API VX_RET_STATUS VX_fileBuildAbsolutePathFromCurDir(const char* path, VX_String& out);
-// Looks for `name` as given (absolute), in the current directory, then in each entry of the
-// environment variable "PATH" (split at ";" and ":"). VX_RET_TRUE with the found path in out,
-// VX_RET_FALSE when nowhere.
+/// Looks for `name` as given (absolute), in the current directory, then in each entry of the
+/// environment variable "PATH" (split at ";" and ":"). VX_RET_TRUE with the found path in out,
+/// VX_RET_FALSE when nowhere.
 VX_API VX_RET_STATUS VX_fileFindAbsolutePathFromEnv(const char* name, VX_String& out);
 VX_API unsigned char VX_filePathExists(const char* path);
-// Size in bytes cut to 32 bits; 0 for an empty or missing file.
+/// Size in bytes cut to 32 bits; 0 for an empty or missing file.
 VX_API unsigned int VX_fileGetSize(const char* path);
-// "x:\" for a path that starts with a drive (x, x:, or x: followed by a separator), keeping the
-// letter's case; VX_RET_FALSE otherwise.
+/// "x:\" for a path that starts with a drive (x, x:, or x: followed by a separator), keeping the
+/// letter's case; VX_RET_FALSE otherwise.
 VX_API VX_RET_STATUS VX_fileGetDrivePath(const char* path, VX_String& out);
-// True for a path of 1 to 3 characters that VX_fileGetDrivePath accepts; out gets the drive path.
+/// True for a path of 1 to 3 characters that VX_fileGetDrivePath accepts; out gets the drive path.
 VX_API unsigned char VX_filePathIsDrive(const char* path, VX_String& out);
-// A drive counts as a directory. Otherwise trailing "\" (only those) are stripped and the system
-// is asked.
+/// A drive counts as a directory. Otherwise trailing "\" (only those) are stripped and the system
+/// is asked.
 VX_API unsigned char VX_filePathIsDirectory(const char* path);
-// An existing path: whether its owner may write it (a dangling symbolic link: 0, and nothing
-// is created through it). A missing one: whether it can be created; a probe file is created
-// exclusively and removed again, and nothing else is ever removed.
+/// An existing path: whether its owner may write it (a dangling symbolic link: 0, and nothing
+/// is created through it). A missing one: whether it can be created; a probe file is created
+/// exclusively and removed again, and nothing else is ever removed.
 VX_API unsigned char VX_fileIsValidWriteTarget(const char* path);
 VX_API unsigned char VX_filePathHasLeadingSlash(const char* path);
 VX_API unsigned char VX_filePathHasTrailingSlash(const char* path);
-// Removes every leading (trailing) "\", then every leading (trailing) "/"; a "\" behind a "/"
-// stays.
+/// Removes every leading (trailing) "\", then every leading (trailing) "/"; a "\" behind a "/"
+/// stays.
 VX_API VX_RET_STATUS VX_filePathStripLeadingSlashes(VX_String& out, const char* path);
 VX_API VX_RET_STATUS VX_filePathStripTrailingSlashes(VX_String& out, const char* path);
 VX_API VX_RET_STATUS VX_fileRename(const char* oldPath, const char* newPath);
-// VX_RET_TRUE when the file was removed, VX_RET_FALSE when it could not be (nothing reported).
+/// VX_RET_TRUE when the file was removed, VX_RET_FALSE when it could not be (nothing reported).
 VX_API VX_RET_STATUS VX_fileDelete(const char* path);
-// Moves `to` aside under a temporary name, renames `from` to `to`, then deletes the moved-aside
-// file, in that order and even when the second rename failed. Returns the rename's error, else
-// VX_RET_TRUE when an old `to` was replaced and VX_RET_FALSE when there was none.
+/// Moves `to` aside under a temporary name, renames `from` to `to`, then deletes the moved-aside
+/// file, in that order and even when the second rename failed. Returns the rename's error, else
+/// VX_RET_TRUE when an old `to` was replaced and VX_RET_FALSE when there was none.
 VX_API VX_RET_STATUS VX_fileMove(const char* from, const char* to);
-// A name that does not exist yet: directory + fname + ext of `templ` + a random suffix. The
-// directory comes from the environment variable "TMP", which the call first points at the
-// template's drive and dir (or, when both are empty, installs the assignment "TMP = ." as is);
-// a value "TMP" had before is put back afterwards. The file is not created. VX_RET_ERR_MEM
-// when no name can be produced.
+/// A name that does not exist yet: directory + fname + ext of `templ` + a random suffix. The
+/// directory comes from the environment variable "TMP", which the call first points at the
+/// template's drive and dir (or, when both are empty, installs the assignment "TMP = ." as is);
+/// a value "TMP" had before is put back afterwards. The file is not created. VX_RET_ERR_MEM
+/// when no name can be produced.
 VX_API VX_RET_STATUS VX_fileCreateTempFileName(const char* templ, VX_String& out);
 
 #endif

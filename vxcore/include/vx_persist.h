@@ -1,4 +1,5 @@
-// The persistable interface: packing objects into memory blocks and binary files.
+/// \file
+/// The persistable interface: packing objects into memory blocks and binary files.
 #ifndef VX_PERSIST_H
 #define VX_PERSIST_H
 
@@ -12,22 +13,22 @@
 class VX_Version;
 class VX_FileBinary;
 
-// Text or binary form; all packing in the library uses VX_STORAGE_BINARY.
+/// Text or binary form; all packing in the library uses VX_STORAGE_BINARY.
 enum VX_STORAGE_TYPE : int { VX_STORAGE_ASCII = 0, VX_STORAGE_BINARY = 1 };
 
-// The packed size no block can have. Packed sizes are summed with VX_packedSizeAdd, which
-// sticks at this value instead of wrapping, so a getPackedSize that answers it says "too large
-// for a block"; allocatePackBlock and the packs refuse it before anything is allocated or written.
+/// The packed size no block can have. Packed sizes are summed with VX_packedSizeAdd, which
+/// sticks at this value instead of wrapping, so a getPackedSize that answers it says "too large
+/// for a block"; allocatePackBlock and the packs refuse it before anything is allocated or written.
 constexpr unsigned int VX_PACKED_SIZE_OVERFLOW = UINT_MAX;
 inline unsigned int VX_packedSizeAdd(unsigned int a, unsigned int b) {
   return a > VX_PACKED_SIZE_OVERFLOW - b ? VX_PACKED_SIZE_OVERFLOW : a + b;
 }
 
-// VX_Persistable: abstract base of every class whose objects turn into bytes, packed into a
-// caller's buffer (pack/unpack) or written field by field into a binary file
-// (persist/restore). Every form carries the format version. The slot order is part of the
-// binary interface. Packed numbers are little-endian and unpadded. A class that overrides the
-// virtual pack brings the allocating pack back into view with `using VX_Persistable::pack;`.
+/// VX_Persistable: abstract base of every class whose objects turn into bytes, packed into a
+/// caller's buffer (pack/unpack) or written field by field into a binary file
+/// (persist/restore). Every form carries the format version. The slot order is part of the
+/// binary interface. Packed numbers are little-endian and unpadded. A class that overrides the
+/// virtual pack brings the allocating pack back into view with `using VX_Persistable::pack;`.
 class VX_API VX_Persistable {
  public:
   virtual ~VX_Persistable();
@@ -37,24 +38,24 @@ class VX_API VX_Persistable {
   virtual VX_RET_STATUS persist(VX_Version& version, VX_FileBinary& file, unsigned int& size) = 0;
   virtual VX_RET_STATUS restore(VX_Version& version, VX_FileBinary& file, unsigned int& size) = 0;
 
-  // Allocates (malloc) a block of getPackedSize bytes into *block; *size, when given, gets
-  // that size. The caller frees the block. A size of VX_PACKED_SIZE_OVERFLOW is refused
-  // (reported, VX_RET_ERR_MEM) without an allocation.
+  /// Allocates (malloc) a block of getPackedSize bytes into *block; *size, when given, gets
+  /// that size. The caller frees the block. A size of VX_PACKED_SIZE_OVERFLOW is refused
+  /// (reported, VX_RET_ERR_MEM) without an allocation.
   VX_RET_STATUS allocatePackBlock(VX_Version& version, char** block, unsigned int* size, VX_STORAGE_TYPE storage);
-  // Allocates and fills a block in one call. On a failure after the allocation the block stays
-  // in *block for the caller to free. With `size` given, a fill that writes a different number
-  // of bytes than getPackedSize promised is an internal error (VX_RET_ERR_GEN).
+  /// Allocates and fills a block in one call. On a failure after the allocation the block stays
+  /// in *block for the caller to free. With `size` given, a fill that writes a different number
+  /// of bytes than getPackedSize promised is an internal error (VX_RET_ERR_GEN).
   VX_RET_STATUS pack(VX_Version& version, char** block, unsigned int* size, VX_STORAGE_TYPE storage);
-  // Unpacks from a block that holds exactly `avail` readable bytes: the virtual unpack runs with
-  // a read bound, so a block whose contents claim more than it holds fails (VX_RET_ERR_ARG,
-  // reported) instead of being read past. Every path that unpacks bytes from a file uses it.
-  // What is unpacked under the bound never points into `buffer`: a plain pointer variant
-  // reads back null there, since such a block is normally released right after.
+  /// Unpacks from a block that holds exactly `avail` readable bytes: the virtual unpack runs with
+  /// a read bound, so a block whose contents claim more than it holds fails (VX_RET_ERR_ARG,
+  /// reported) instead of being read past. Every path that unpacks bytes from a file uses it.
+  /// What is unpacked under the bound never points into `buffer`: a plain pointer variant
+  /// reads back null there, since such a block is normally released right after.
   VX_RET_STATUS unpackFrom(VX_Version& version, const char* buffer, unsigned int avail, unsigned int& size,
                            VX_STORAGE_TYPE storage);
 
-  // Field helpers for persist/restore: each forwards to the binary file's member of the same
-  // name, which fixes the encoding, and returns its status; `size` gets the bytes moved.
+  /// Field helpers for persist/restore: each forwards to the binary file's member of the same
+  /// name, which fixes the encoding, and returns its status; `size` gets the bytes moved.
   VX_RET_STATUS persistVal(char value, VX_FileBinary& file, unsigned int& size);
   VX_RET_STATUS persistVal(unsigned char value, VX_FileBinary& file, unsigned int& size);
   VX_RET_STATUS persistVal(short value, VX_FileBinary& file, unsigned int& size);
@@ -79,12 +80,12 @@ class VX_API VX_Persistable {
   VX_RET_STATUS restoreVal(float& value, VX_FileBinary& file, unsigned int& size);
   VX_RET_STATUS restoreVal(double& value, VX_FileBinary& file, unsigned int& size);
   VX_RET_STATUS restoreVal(void** value, VX_FileBinary& file, unsigned int& size);
-  // *text gets a malloc'ed copy the caller frees.
+  /// *text gets a malloc'ed copy the caller frees.
   VX_RET_STATUS restoreVal(char** text, VX_FileBinary& file, unsigned int& size, unsigned char scramble);
 };
 
-// Little-endian byte forms of packed numbers, whatever the host: `width` (at most 8) bytes of
-// `value` at `at`, lowest first.
+/// Little-endian byte forms of packed numbers, whatever the host: `width` (at most 8) bytes of
+/// `value` at `at`, lowest first.
 inline void VX_putLE(char* at, uint64_t value, unsigned width) {
   for (unsigned i = 0; i < width; ++i) at[i] = static_cast<char>((value >> (8 * i)) & 0xFF);
 }
@@ -94,8 +95,8 @@ inline uint64_t VX_getLE(const char* at, unsigned width) {
   return value;
 }
 
-// The same for one number of any arithmetic type, as many bytes as the type has; floating
-// values keep their bit pattern.
+/// The same for one number of any arithmetic type, as many bytes as the type has; floating
+/// values keep their bit pattern.
 template <class V>
 using VX_BitsOf = std::conditional_t<
     sizeof(V) == 8, uint64_t,

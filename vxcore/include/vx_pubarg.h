@@ -1,5 +1,6 @@
-// The public argument VX_PubArg, its static declaration rows VX_PubArgMap and the builders
-// that turn declarations into argument arrays.
+/// \file
+/// The public argument VX_PubArg, its static declaration rows VX_PubArgMap and the builders
+/// that turn declarations into argument arrays.
 #ifndef VX_PUBARG_H
 #define VX_PUBARG_H
 
@@ -9,17 +10,17 @@
 #include "vx_strbase.h"
 #include "vx_vararr.h"
 
-// How a value assigned to an argument is taken.
+/// How a value assigned to an argument is taken.
 enum VX_PUBARG_ASSIGN_METHOD : int {
-  VX_PUBARG_ASSIGN_PLAIN = 0,   // the source's values and kinds replace the receiver's
-  VX_PUBARG_ASSIGN_CAST = 1,    // the source is converted to the receiver's kind
-  VX_PUBARG_ASSIGN_NOCAST = 2   // the receiver takes the source's kind
+  VX_PUBARG_ASSIGN_PLAIN = 0,  ///< the source's values and kinds replace the receiver's
+  VX_PUBARG_ASSIGN_CAST = 1,  ///< the source is converted to the receiver's kind
+  VX_PUBARG_ASSIGN_NOCAST = 2  ///< the receiver takes the source's kind
 };
 
-// Which browser a host offers to edit an argument. The library only carries the code; what each
-// one opens is the host's business.
+/// Which browser a host offers to edit an argument. The library only carries the code; what each
+/// one opens is the host's business.
 enum VX_PUBARG_BROWSER : int {
-  VX_PUBARG_BROWSER_DEFAULT = -2,  // the host's own editor for the value's kind
+  VX_PUBARG_BROWSER_DEFAULT = -2,  ///< the host's own editor for the value's kind
   VX_PUBARG_BROWSER_NONE = -1,
   VX_PUBARG_BROWSER_FILE_OPEN = 0,
   VX_PUBARG_BROWSER_FILE_SAVE = 1,
@@ -30,33 +31,33 @@ enum VX_PUBARG_BROWSER : int {
   VX_PUBARG_BROWSER_CUSTOM = 6
 };
 
-// Packed data may claim at most this many value-list texts; inside a bounded unpack the bytes
-// left bound the count further (every text takes at least its 4-byte count).
+/// Packed data may claim at most this many value-list texts; inside a bounded unpack the bytes
+/// left bound the count further (every text takes at least its 4-byte count).
 enum : unsigned { VX_PUBARG_UNPACK_LIMIT = 0x100000 };
 
-// VX_PubArg: one named, described and typed value that a component exposes: a service input or
-// output, or a class property. The value is the variant array itself (normally one element);
-// beside it the argument owns its name, description, list of allowed value texts and browser
-// filter text, and carries the editing hints a generic host needs. Assignment (operator=) and
-// comparison work on the value only; copy() takes everything. A constructor that fails (no
-// memory) leaves the argument disabled, and operations on a disabled argument report
-// VX_RET_ERR_POBJ.
+/// VX_PubArg: one named, described and typed value that a component exposes: a service input or
+/// output, or a class property. The value is the variant array itself (normally one element);
+/// beside it the argument owns its name, description, list of allowed value texts and browser
+/// filter text, and carries the editing hints a generic host needs. Assignment (operator=) and
+/// comparison work on the value only; copy() takes everything. A constructor that fails (no
+/// memory) leaves the argument disabled, and operations on a disabled argument report
+/// VX_RET_ERR_POBJ.
 class VX_API VX_PubArg : public VX_VarArr {
  public:
-  // One unlocked wild element; assign method cast, value list fixed, no browser.
+  /// One unlocked wild element; assign method cast, value list fixed, no browser.
   VX_PubArg();
-  // Takes the source's value only; the description members keep their defaults.
+  /// Takes the source's value only; the description members keep their defaults.
   VX_PubArg(const VX_PubArg& other);
   ~VX_PubArg() override;
 
-  // Value assignment by this argument's assign method (see VX_PUBARG_ASSIGN_METHOD). A cast
-  // that cannot be made leaves this argument unchanged without a report.
+  /// Value assignment by this argument's assign method (see VX_PUBARG_ASSIGN_METHOD). A cast
+  /// that cannot be made leaves this argument unchanged without a report.
   VX_PubArg& operator=(const VX_PubArg& other);
-  // Equal values; names and the other members are not compared.
+  /// Equal values; names and the other members are not compared.
   unsigned char operator==(const VX_PubArg& other) const;
   unsigned char operator!=(const VX_PubArg& other) const { return !(*this == other); }
-  // Everything: value (taken with the source's kind), name, description, assign method, value
-  // list and its flag, browser and filter, fixed type, read only and option.
+  /// Everything: value (taken with the source's kind), name, description, assign method, value
+  /// list and its flag, browser and filter, fixed type, read only and option.
   VX_RET_STATUS copy(const VX_PubArg& other);
 
   unsigned char objIsEnabled() const override { return initialised; }
@@ -84,20 +85,20 @@ class VX_API VX_PubArg : public VX_VarArr {
   int getArgOption() const { return argOption; }
   void setArgOption(int option) { argOption = option; }
 
-  // The kind of element 0, or 0 when the array is empty.
+  /// The kind of element 0, or 0 when the array is empty.
   VX_VAR_TYPE varType();
-  // Applied to every element in index order; the elements' own results are not looked at.
+  /// Applied to every element in index order; the elements' own results are not looked at.
   VX_RET_STATUS set(VX_VAR_TYPE t, const void* value);
   VX_RET_STATUS cast(VX_VAR_TYPE t);
   VX_RET_STATUS setLockVarType(unsigned char lock);
 
-  // Packed form: the value (variant array form), name, desc, assign method (4), browser (4),
-  // value-list count (4) and texts, fixed type (1), read only (1), option (4). The value-list
-  // flag and the filter text are not packed. Reading back differs on purpose, as it always
-  // has: the browser code is remapped (-1 stays, 0 becomes -2, 1 becomes 0, 2 becomes 1, other
-  // codes stay), and the option word is not read, so unpack consumes 4 bytes less than pack
-  // wrote; the flag, filter text and option keep what this argument held. A failure leaves the
-  // fields read so far.
+  /// Packed form: the value (variant array form), name, desc, assign method (4), browser (4),
+  /// value-list count (4) and texts, fixed type (1), read only (1), option (4). The value-list
+  /// flag and the filter text are not packed. Reading back differs on purpose, as it always
+  /// has: the browser code is remapped (-1 stays, 0 becomes -2, 1 becomes 0, 2 becomes 1, other
+  /// codes stay), and the option word is not read, so unpack consumes 4 bytes less than pack
+  /// wrote; the flag, filter text and option keep what this argument held. A failure leaves the
+  /// fields read so far.
   using VX_Persistable::pack;
   VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
   unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) override;
@@ -107,7 +108,7 @@ class VX_API VX_PubArg : public VX_VarArr {
   void initDataMembers();
   VX_RET_STATUS cleanupDataMembers();
   bool usable() const;
-  // Plain variant-array assignment, without any of the checks of operator=.
+  /// Plain variant-array assignment, without any of the checks of operator=.
   void assignValue(const VX_VarArr& other) { VX_VarArr::operator=(other); }
 
   unsigned char initialised;
@@ -124,39 +125,39 @@ class VX_API VX_PubArg : public VX_VarArr {
 };
 
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_PubArg)
-// Arrays move the arguments they hold by exchange, so growing or shifting an array keeps every
-// argument whole. An element handed to appendElem or setCurElem is taken by operator= (its
-// value only): build arrays with VX_buildArgsFromPubArgMap or VX_copyPubArgArr, or copy() into
-// a made slot.
+/// Arrays move the arguments they hold by exchange, so growing or shifting an array keeps every
+/// argument whole. An element handed to appendElem or setCurElem is taken by operator= (its
+/// value only): build arrays with VX_buildArgsFromPubArgMap or VX_copyPubArgArr, or copy() into
+/// a made slot.
 extern template class VX_API VX_Array<VX_PubArg>;
 
-// One static declaration of an argument. Tables of rows end with a row of type 0. Pointer
-// fields are pointer-sized; the flags are 8-bit booleans in 32-bit slots.
+/// One static declaration of an argument. Tables of rows end with a row of type 0. Pointer
+/// fields are pointer-sized; the flags are 8-bit booleans in 32-bit slots.
 struct VX_PubArgMap {
-  VX_VAR_TYPE_ID type;            // alias code; 0 ends the table
-  const char* name;               // may be null
-  const char* desc;               // may be null
-  uint32_t cast;                  // true: assign method cast, else no cast
-  const char* const* valueList;   // null-terminated texts, may be null
+  VX_VAR_TYPE_ID type;  ///< alias code; 0 ends the table
+  const char* name;  ///< may be null
+  const char* desc;  ///< may be null
+  uint32_t cast;  ///< true: assign method cast, else no cast
+  const char* const* valueList;  ///< null-terminated texts, may be null
   uint32_t valueListFixed;
   VX_PUBARG_BROWSER browser;
   const char* browserFilterType;
-  unsigned char fixedType;        // fixedType and readOnly share one word
+  unsigned char fixedType;  ///< fixedType and readOnly share one word
   unsigned char readOnly;
-  const char* defaultValue;       // parsed into the value; may be null
+  const char* defaultValue;  ///< parsed into the value; may be null
   int32_t option;
-  uint32_t reserved;              // not used by the builder
+  uint32_t reserved;  ///< not used by the builder
 };
 
-// Replaces `args` with one argument per row of `map`. A null map leaves `args` empty and
-// returns VX_RET_FALSE. Rows of a kind other than wild lock their argument's kind.
+/// Replaces `args` with one argument per row of `map`. A null map leaves `args` empty and
+/// returns VX_RET_FALSE. Rows of a kind other than wild lock their argument's kind.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_buildArgsFromPubArgMap(const VX_PubArgMap* map, VX_Array<VX_PubArg>& args);
-// Replaces `dst` with full copies (VX_PubArg::copy) of the arguments of `src`.
+/// Replaces `dst` with full copies (VX_PubArg::copy) of the arguments of `src`.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_copyPubArgArr(VX_Array<VX_PubArg>& dst, VX_Array<VX_PubArg>& src);
 
-// Dumps a declaration table, one line per member of each row; a null table prints
-// "No arguments". Rows after the first start with 21 blanks, so a dump can follow a 21-column
-// label such as "Input argument map:  ".
+/// Dumps a declaration table, one line per member of each row; a null table prints
+/// "No arguments". Rows after the first start with 21 blanks, so a dump can follow a 21-column
+/// label such as "Input argument map:  ".
 VX_API VX_OStream& operator<<(VX_OStream& stream, const VX_PubArgMap* map);
 
 #endif

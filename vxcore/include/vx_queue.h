@@ -1,15 +1,16 @@
-// VX_Queue: first in, first out, a ring over a fixed or a growable storage.
+/// \file
+/// VX_Queue: first in, first out, a ring over a fixed or a growable storage.
 #ifndef VX_QUEUE_H
 #define VX_QUEUE_H
 
 #include "vx_adapter.h"
 
-// VX_Queue<T>: a ring buffer. A fixed queue refuses a put when full (VX_RET_FALSE); a
-// growable one opens `growBy` slots at the ring's write position and moves its read
-// position along when the oldest elements lie behind it, so the order stays first in,
-// first out. get on an empty queue yields the sink VX_NULL_PTR without a report. A storage
-// that cannot be made leaves the queue disabled; a put whose copy of the element fails
-// returns VX_RET_ERR_MEM and adds nothing.
+/// VX_Queue<T>: a ring buffer. A fixed queue refuses a put when full (VX_RET_FALSE); a
+/// growable one opens `growBy` slots at the ring's write position and moves its read
+/// position along when the oldest elements lie behind it, so the order stays first in,
+/// first out. get on an empty queue yields the sink VX_NULL_PTR without a report. A storage
+/// that cannot be made leaves the queue disabled; a put whose copy of the element fails
+/// returns VX_RET_ERR_MEM and adds nothing.
 template <class T>
 class VX_API VX_Queue : public VX_AdapterStore<T> {
  public:
@@ -24,8 +25,8 @@ class VX_API VX_Queue : public VX_AdapterStore<T> {
   void initDataMembers();
   VX_RET_STATUS cleanupDataMembers();
 
-  unsigned int head;  // slot of the next element to leave
-  unsigned int tail;  // slot where the next element goes
+  unsigned int head;  ///< slot of the next element to leave
+  unsigned int tail;  ///< slot where the next element goes
   unsigned int growBy;
 };
 

@@ -1,14 +1,15 @@
-// VX_Stack: last in, first out, over a fixed or a growable storage.
+/// \file
+/// VX_Stack: last in, first out, over a fixed or a growable storage.
 #ifndef VX_STACK_H
 #define VX_STACK_H
 
 #include "vx_adapter.h"
 
-// VX_Stack<T>: a fixed stack refuses a push when full (VX_RET_FALSE); a growable one grows
-// its storage by `growBy` slots. pop and peek on nothing yield the sink VX_NULL_PTR without
-// a report, so callers test isEmpty first. A popped element stays in the storage until it
-// is overwritten. A storage that cannot be made leaves the stack disabled; a push whose copy
-// of the element fails returns VX_RET_ERR_MEM and pushes nothing.
+/// VX_Stack<T>: a fixed stack refuses a push when full (VX_RET_FALSE); a growable one grows
+/// its storage by `growBy` slots. pop and peek on nothing yield the sink VX_NULL_PTR without
+/// a report, so callers test isEmpty first. A popped element stays in the storage until it
+/// is overwritten. A storage that cannot be made leaves the stack disabled; a push whose copy
+/// of the element fails returns VX_RET_ERR_MEM and pushes nothing.
 template <class T>
 class VX_API VX_Stack : public VX_AdapterStore<T> {
  public:
@@ -18,7 +19,7 @@ class VX_API VX_Stack : public VX_AdapterStore<T> {
 
   VX_RET_STATUS push(const T& elem);
   T& pop();
-  // Counted from the bottom: 0 is the element pushed first.
+  /// Counted from the bottom: 0 is the element pushed first.
   T& peek(unsigned int i);
   const T& peek(unsigned int i) const;
   unsigned int getNum() const;

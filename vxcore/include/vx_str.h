@@ -1,4 +1,5 @@
-// The owned string VX_String.
+/// \file
+/// The owned string VX_String.
 #ifndef VX_STR_H
 #define VX_STR_H
 
@@ -7,14 +8,14 @@
 #include "vx_persist.h"
 #include "vx_strfunc.h"
 
-// VX_String: an owned NUL-terminated byte string held in its VX_Memory block. It has two
-// distinct empty states that every operation keeps apart: the null string (no block at all)
-// and the empty text (a one-byte block holding the NUL). The length is the block size
-// minus one. Constructors that cannot allocate leave the string disabled; operations on a
-// disabled string report VX_RET_ERR_POBJ, except comparison and concatenation, which answer
-// quietly. Assignment and concatenation fall back silently when memory runs out. Appending
-// (+=, strIns at the end) grows the block in place with spare room, amortised O(1) per
-// character.
+/// VX_String: an owned NUL-terminated byte string held in its VX_Memory block. It has two
+/// distinct empty states that every operation keeps apart: the null string (no block at all)
+/// and the empty text (a one-byte block holding the NUL). The length is the block size
+/// minus one. Constructors that cannot allocate leave the string disabled; operations on a
+/// disabled string report VX_RET_ERR_POBJ, except comparison and concatenation, which answer
+/// quietly. Assignment and concatenation fall back silently when memory runs out. Appending
+/// (+=, strIns at the end) grows the block in place with spare room, amortised O(1) per
+/// character.
 class VX_API VX_String : public VX_Memory, public VX_Persistable {
  public:
   VX_String(const char* text = nullptr);
@@ -24,7 +25,7 @@ class VX_API VX_String : public VX_Memory, public VX_Persistable {
   VX_String& operator=(const char* text);
   VX_String& operator=(const VX_String& other);
 
-  // The characters, or null for the null string and a disabled string.
+  /// The characters, or null for the null string and a disabled string.
   operator char*() { return enabled ? static_cast<char*>(memPtr()) : nullptr; }
   operator const char*() const { return enabled ? static_cast<const char*>(memPtr()) : nullptr; }
 
@@ -49,9 +50,9 @@ class VX_API VX_String : public VX_Memory, public VX_Persistable {
   unsigned char operator!=(const VX_String& other) const;
   unsigned char operator!=(const char* text) const;
 
-  // Packed form: a 32-bit count (0 for the null string, else length + 1), then the
-  // characters and the NUL. Only VX_STORAGE_BINARY is accepted. The file form is the binary
-  // file's text encoding, so the null string is written, and read back, as the empty text.
+  /// Packed form: a 32-bit count (0 for the null string, else length + 1), then the
+  /// characters and the NUL. Only VX_STORAGE_BINARY is accepted. The file form is the binary
+  /// file's text encoding, so the null string is written, and read back, as the empty text.
   using VX_Persistable::pack;
   VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
   unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) override;
@@ -62,13 +63,13 @@ class VX_API VX_String : public VX_Memory, public VX_Persistable {
  private:
   void initDataMembers(const char* text);
   void cleanupDataMembers();
-  // The characters whatever the enabled state (null for the null string).
+  /// The characters whatever the enabled state (null for the null string).
   const char* chars() const { return static_cast<const char*>(memPtr()); }
-  // Three-way null-aware comparison with `text`; false in `comparable` when disabled.
+  /// Three-way null-aware comparison with `text`; false in `comparable` when disabled.
   int compareText(const char* text, bool& comparable) const;
   static VX_String disabledString();
-  // Puts `n` characters at `text` before character `pos` (at most the length); false, string
-  // unchanged and nothing reported, when memory runs out or the length would pass its limit.
+  /// Puts `n` characters at `text` before character `pos` (at most the length); false, string
+  /// unchanged and nothing reported, when memory runs out or the length would pass its limit.
   bool spliceText(unsigned pos, const char* text, std::size_t n);
 
   unsigned char enabled;
@@ -80,8 +81,8 @@ VX_API unsigned char operator>(const char* text, const VX_String& str);
 VX_API unsigned char operator==(const char* text, const VX_String& str);
 VX_API unsigned char operator!=(const char* text, const VX_String& str);
 
-// Writes the characters; a disabled string, one whose memory error flag is set and the null
-// string write nothing.
+/// Writes the characters; a disabled string, one whose memory error flag is set and the null
+/// string write nothing.
 VX_API VX_OStream& operator<<(VX_OStream& stream, const VX_String& str);
 
 #endif

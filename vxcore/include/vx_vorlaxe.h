@@ -1,4 +1,5 @@
-// The common root of the library's classes and the process-wide sink object.
+/// \file
+/// The common root of the library's classes and the process-wide sink object.
 #ifndef VX_VORLAXE_H
 #define VX_VORLAXE_H
 
@@ -6,10 +7,10 @@
 
 #include "vx_export.h"
 
-// VX_VorlaxeClass: the empty root of every library class with a virtual destructor.
-// It holds no data; each derived class keeps its own `enabled` flag and answers
-// objIsEnabled from it. Copy construction is not supported (reports VX_RET_ERR_NSUP);
-// assignment does nothing.
+/// VX_VorlaxeClass: the empty root of every library class with a virtual destructor.
+/// It holds no data; each derived class keeps its own `enabled` flag and answers
+/// objIsEnabled from it. Copy construction is not supported (reports VX_RET_ERR_NSUP);
+/// assignment does nothing.
 class VX_API VX_VorlaxeClass {
  public:
   VX_VorlaxeClass() = default;
@@ -21,17 +22,17 @@ class VX_API VX_VorlaxeClass {
   VX_VorlaxeClass(const VX_VorlaxeClass&);
 };
 
-// VX_NULL_PTR: what a reference-returning accessor hands back when it has no real element
-// (index out of range, empty stack). It is zero-filled and aligned for any type, so viewed
-// as a library object it reads as "not enabled". Writes through it land in the sink;
-// callers must not rely on what it holds.
+/// VX_NULL_PTR: what a reference-returning accessor hands back when it has no real element
+/// (index out of range, empty stack). It is zero-filled and aligned for any type, so viewed
+/// as a library object it reads as "not enabled". Writes through it land in the sink;
+/// callers must not rely on what it holds.
 enum : std::size_t { VX_NULL_PTR_SIZE = 4096 };
 struct VX_NullSink {
   alignas(std::max_align_t) unsigned char bytes[VX_NULL_PTR_SIZE];
 };
 VX_EXTERN_C VX_API VX_NullSink VX_NULL_PTR;
 
-// The sink viewed as T.
+/// The sink viewed as T.
 template <class T>
 inline T& VX_nullRef() {
   static_assert(sizeof(T) <= VX_NULL_PTR_SIZE, "VX_NULL_PTR is too small for this type");

@@ -1,4 +1,5 @@
-// Everything the library exports.
+/// \file
+/// Everything the library exports.
 #ifndef VXCORE_H
 #define VXCORE_H
 
