@@ -903,7 +903,8 @@ VX_RET_STATUS VX_Btree::openBtreeFile(const char* name, VX_VarArr& keyTmpl, VX_F
   char raw[4 + 3 * VX_FILE_BINREC_TBL_ENTRY_SIZE];
   unsigned dim = blockSize ? 3 : 2;
   uint64_t slot = uint64_t{keys} * FieldBytes + uint64_t{strings} * (strMax + 1) + stored;
-  uint64_t packed = (uint64_t{ord} - 1) * slot + NodeHeader + uint64_t{ord} * 4;
+  // A node: a header, ord - 1 record slots and ord links (ord >= 3 whenever `why` is unset).
+  uint64_t packed = uint64_t{ord} * slot - slot + NodeHeader + uint64_t{ord} * 4;
   fileLength = file->length();
   firstRecOffset = VX_FILE_BINREC_HDR_SIZE + VX_FILE_BINREC_TBL_ENTRY_SIZE * dim + VX_BTREE_FILE_HEADER_SIZE;
   VX_RET_STATUS st = VX_RET_TRUE;
