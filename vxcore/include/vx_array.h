@@ -76,8 +76,8 @@ class VX_API VX_Array : public VX_IndContainer<T> {
   /// past the end.
   VX_RET_STATUS delElems(unsigned int index, unsigned int count, unsigned char shrink);
 
-  /// The element at `index`; outside the array "Index %d not in [0,n-1]" is reported and the
-  /// sink VX_NULL_PTR is returned, on a disabled array VX_RET_ERR_OBJ.
+  /// The element at `index`; outside the array the index and the valid range are reported
+  /// and the sink VX_NULL_PTR is returned, on a disabled array VX_RET_ERR_OBJ.
   T& operator[](unsigned int index) override;
   /// Reading needs no cursor, so a const array reads its elements (same reports and sink).
   const T& operator[](unsigned int index) const;
@@ -184,7 +184,7 @@ class VX_API VX_Array : public VX_IndContainer<T> {
 
 #include "vx_array_impl.h"
 
-/// The library's own instantiations; hosts and the library's other sources reuse them.
+// The library's own instantiations; hosts and the library's other sources reuse them.
 extern template class VX_API VX_Array<unsigned int>;
 extern template class VX_API VX_Array<VX_String>;
 
