@@ -1,14 +1,14 @@
 /// \file
 /// The viewing camera, its plain state values and spherical coordinates.
+///
+/// Conventions: space is right-handed. Camera space has its origin at the camera's position,
+/// x to the right, y up and z pointing back from the interest towards the position, so the
+/// camera looks down its -z axis. Transforms are VX_3DMatrix row-vector transforms:
+/// (x, y, z, w) × M.
 #ifndef VX_CAMERA_H
 #define VX_CAMERA_H
 
 #include "vx_mth.h"
-
-// Conventions of this header. Space is right-handed. Camera space has its origin at the
-// camera's position, x to the right, y up and z pointing back from the interest towards the
-// position, so the camera looks down its -z axis. Transforms are VX_3DMatrix row-vector
-// transforms: (x, y, z, w) × M.
 
 /// VX_ViewFrustrum: four floats. The camera reads f1 and f2 as the nearest and farthest
 /// distance between position and interest in perspective mode, and f3 as the orthographic
