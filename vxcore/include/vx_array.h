@@ -10,54 +10,74 @@
 
 /// VX_Array<T> owns one block holding its numElems() elements and spare slots behind them.
 /// Growth by insertion or appending takes a block half as large again (or just large enough,
-/// when that is more), so appending is amortised constant time; `reallocate` and the copy take exactly the size
-/// asked; shrinking keeps the block until the elements fill less than a quarter of it, and an
-/// empty array holds no block. Spare slots always hold the cleared value, so what an array
-/// gains reads as cleared. Held elements move by exchange (VX_swapElems), never by copies
-/// that could fail. In raw mode (for plain-data T only) elements move by block copies and are
-/// cleared to zero bytes; otherwise a vacated slot is cleared to a default T. A failed
-/// allocation, or a failed copy of an element handed in (a string that cannot get its text),
-/// leaves the array exactly as it was and returns VX_RET_ERR_MEM; a constructor that cannot
-/// allocate leaves the array disabled, after which every operation reports VX_RET_ERR_OBJ.
-/// Element access outside the array reports and yields the sink VX_NULL_PTR. While the cursor
-/// is not null it points at data[cursor index]; resizing keeps the index (clamped) and
-/// re-points it.
+/// when that is more), so appending is amortised constant time; `reallocate` and the copy
+/// take exactly the size asked; shrinking keeps the block until the elements fill less than
+/// a quarter of it, and an empty array holds no block. Spare slots always hold the cleared
+/// value, so what an array gains reads as cleared. Held elements move by exchange
+/// (VX_swapElems), never by copies that could fail. In raw mode (for plain-data T only)
+/// elements move by block copies and are cleared to zero bytes; otherwise a vacated slot is
+/// cleared to a default T. A failed allocation, or a failed copy of an element handed in (a
+/// string that cannot get its text), leaves the array exactly as it was and returns
+/// VX_RET_ERR_MEM; a constructor that cannot allocate leaves the array disabled, after which
+/// every operation reports VX_RET_ERR_OBJ. Element access outside the array reports and
+/// yields the sink VX_NULL_PTR. While the cursor is not null it points at data[cursor index];
+/// resizing keeps the index (clamped; a null cursor becomes index 0) and re-points it.
 template <class T>
 class VX_API VX_Array : public VX_IndContainer<T> {
  public:
+  /// `initialSize` cleared elements in a block of exactly that size, with a null cursor.
+  /// `rawMemory` (for plain-data T only) moves and clears elements as bytes. Disabled, with
+  /// VX_RET_ERR_MEM reported, when the block cannot be had.
   VX_Array(unsigned int initialSize = 0, unsigned char rawMemory = 0);
+  /// A copy of `src` as by assignment (cursor on the first element); when `src` is disabled
+  /// or the copy fails, the new array is empty but usable.
   VX_Array(const VX_Array<T>& src);
+  /// Frees the block and the elements in it.
   ~VX_Array() override;
+  /// Copies the elements and the raw mode of `src`; a growing block takes exactly the size
+  /// needed. The cursor goes to the first element when the count changed and keeps its index
+  /// otherwise. A disabled side (VX_RET_ERR_OBJ) or a failed copy (VX_RET_ERR_MEM) is reported
+  /// and leaves this array as it was.
   VX_Array<T>& operator=(const VX_Array<T>& src);
 
   /// Not a whole-array equality: 1 as soon as the two (equally long) arrays hold equal
   /// elements at one position; two distinct empty arrays answer 0. Walks both cursors
-  /// under their locks, so it takes `other` as modifiable.
+  /// under their locks (leaving them where the walk stopped), so it takes `other` as
+  /// modifiable. A disabled side: 0, VX_RET_ERR_OBJ reported.
   unsigned char operator==(VX_Array<T>& other);
 
   /// Copies a run of `src` into this array, clipped to this array (the source run too is
   /// clipped against this array's size); never resizes. `src` may be this array: overlapping
-  /// runs copy as if through a temporary, in both modes.
+  /// runs copy as if through a temporary, in both modes. VX_RET_FALSE when `count` is 0 or an
+  /// index lies past its array; VX_RET_ERR_MEM, nothing changed, when a copy fails.
   VX_RET_STATUS subCopy(const VX_Array<T>& src, unsigned int srcIndex, unsigned int dstIndex,
                         unsigned int count);
-  /// Exactly `newSize` elements: the first ones kept, new ones cleared.
+  /// Exactly `newSize` elements: the first ones kept, new ones cleared; the cursor keeps its
+  /// index, clamped. VX_RET_ERR_MEM, nothing changed, when a larger block cannot be had.
   VX_RET_STATUS reallocate(unsigned int newSize);
   /// Moves a run inside the array, clipped to it; overlapping runs move correctly. With
   /// `clearVacated` the source slots not overwritten are cleared and nothing is copied;
   /// without it the source slots keep their values, so the run is copied (a failed copy:
-  /// VX_RET_ERR_MEM, nothing changed).
+  /// VX_RET_ERR_MEM, nothing changed). VX_RET_FALSE when `count` is 0 or an index is past the
+  /// end.
   VX_RET_STATUS memMove(unsigned int dst, unsigned int src, unsigned int count,
                         unsigned char clearVacated);
-  /// Resets `count` slots from `index` (clipped to the array) to the cleared value.
+  /// Resets `count` slots from `index` (clipped to the array) to the cleared value;
+  /// VX_RET_FALSE when `count` is 0 or `index` is past the end.
   VX_RET_STATUS clearElems(unsigned int index, unsigned int count);
   /// With `grow` the array grows by `count`; without it the elements behind the insertion
-  /// point shift up inside the fixed size and the last ones fall off.
+  /// point shift up inside the fixed size, the last ones fall off and the opened slots are
+  /// cleared, except when the opened run reaches the end of the array: then nothing changes
+  /// at all. VX_RET_FALSE when `count` is 0, or the array is empty and `grow` is off.
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count,
                          unsigned char grow);
-  /// With `shrink` the array loses `count` elements; without it the tail shifts down and the
-  /// vacated end is cleared.
+  /// With `shrink` the array loses `count` elements (clipped to the end); without it the tail
+  /// shifts down and the vacated end is cleared. VX_RET_FALSE when `count` is 0 or `index` is
+  /// past the end.
   VX_RET_STATUS delElems(unsigned int index, unsigned int count, unsigned char shrink);
 
+  /// The element at `index`; outside the array the index and the valid range are reported
+  /// and the sink VX_NULL_PTR is returned, on a disabled array VX_RET_ERR_OBJ.
   T& operator[](unsigned int index) override;
   /// Reading needs no cursor, so a const array reads its elements (same reports and sink).
   const T& operator[](unsigned int index) const;
@@ -66,7 +86,11 @@ class VX_API VX_Array : public VX_IndContainer<T> {
     VX_setUserError(0);
     return capacity;
   }
+  /// insElems with `grow`: the array grows by `count`; an index past the end inserts after
+  /// the last element. The cursor keeps its index (a null cursor goes to 0).
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
+  /// delElems with `shrink`. The cursor keeps its index (a null cursor goes to 0), clamped to
+  /// the new last element.
   VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
   /// Written here so that appending into spare room costs no call: nothing moves, the slot is
   /// cleared already, and `elem` stays put even when it is held here. Growth puts a null
@@ -83,22 +107,30 @@ class VX_API VX_Array : public VX_IndContainer<T> {
     if (!this->cur.elem) this->cur.set(0, data);
     return VX_RET_TRUE;
   }
+  /// Moves every element up one slot (linear time); the cursor keeps its index (a null cursor
+  /// goes to 0), so it ends on the element before the one it was on.
   VX_RET_STATUS preappendElem(const T& elem) override;
+  /// Removes every element and gives the block back; VX_RET_FALSE when the array was empty.
   VX_RET_STATUS delAll() override;
+  /// 0 when the constructor could not allocate.
   unsigned char objIsEnabled() const override { return enabled; }
+  /// As the interface's: the cursor keeps its index, so it rests on the element that moved
+  /// into the gap; `advance` steps once more.
   VX_RET_STATUS delCurElem(unsigned char advance) override;
 
-  unsigned char curIsNull() override;
-  unsigned char curAtFirst() override;
-  unsigned char curAtLast() override;
-  VX_RET_STATUS setCurFirst() override;
-  VX_RET_STATUS setCurLast() override;
-  VX_RET_STATUS setCurPrev() override;
-  VX_RET_STATUS setCurNext() override;
-  VX_RET_STATUS getCurIndex(unsigned int& index) override;
-  VX_RET_STATUS setCurIndex(unsigned int index) override;
-  VX_RET_STATUS getCurElem(T** elem) override;
-  VX_RET_STATUS setCurElem(const T& elem) override;
+  // The interface's cursor (VX_I_Iterator) over an index; on a disabled array each of these
+  // reports VX_RET_ERR_OBJ.
+  unsigned char curIsNull() override;  ///< 1 for a null cursor or a disabled array.
+  unsigned char curAtFirst() override;  ///< 1 on index 0; 6 for a disabled array.
+  unsigned char curAtLast() override;  ///< 1 on the last index; 6 for a disabled array.
+  VX_RET_STATUS setCurFirst() override;  ///< To index 0; VX_RET_FALSE, cursor null, when empty.
+  VX_RET_STATUS setCurLast() override;  ///< To the last index; VX_RET_FALSE, null, when empty.
+  VX_RET_STATUS setCurPrev() override;  ///< One back; off the front: cleared, VX_RET_FALSE.
+  VX_RET_STATUS setCurNext() override;  ///< One on; off the end: cleared, VX_RET_FALSE.
+  VX_RET_STATUS getCurIndex(unsigned int& index) override;  ///< VX_RET_FALSE, 0, when null.
+  VX_RET_STATUS setCurIndex(unsigned int index) override;  ///< Past the end: cleared, VX_RET_FALSE.
+  VX_RET_STATUS getCurElem(T** elem) override;  ///< Null and VX_RET_FALSE for a null cursor.
+  VX_RET_STATUS setCurElem(const T& elem) override;  ///< The search of VX_I_Iterator::setCurElem.
 
  private:
   template <class U>
@@ -152,7 +184,7 @@ class VX_API VX_Array : public VX_IndContainer<T> {
 
 #include "vx_array_impl.h"
 
-/// The library's own instantiations; hosts and the library's other sources reuse them.
+// The library's own instantiations; hosts and the library's other sources reuse them.
 extern template class VX_API VX_Array<unsigned int>;
 extern template class VX_API VX_Array<VX_String>;
 

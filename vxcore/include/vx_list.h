@@ -17,13 +17,17 @@ class VX_VCArray;
 template <class T>
 class VX_API VX_LNode : public VX_VorlaxeClass {
  public:
+  /// An unlinked node holding a copy of `value` (disabled when the copy did not take).
   explicit VX_LNode(const T& value);
+  /// Destroys the element; the links are not followed.
   ~VX_LNode() override;
+  /// Assigns the element only (an element copy that fails is the element type's to report).
   VX_LNode& operator=(const VX_LNode& other);
+  /// 0 when the element's copy did not take.
   unsigned char objIsEnabled() const { return enabled; }
 
-  unsigned char enabled;
-  T data;
+  unsigned char enabled;  ///< see objIsEnabled
+  T data;  ///< the element
   VX_LNode* next;  ///< null at the tail
   VX_LNode* prev;  ///< null at the head
 
@@ -43,9 +47,15 @@ class VX_API VX_LNode : public VX_VorlaxeClass {
 template <class T>
 class VX_API VX_LList : public VX_IndContainer<T> {
  public:
+  /// An empty list with a null cursor; it needs no memory, so it is always enabled.
   VX_LList();
+  /// Deletes every node with its element.
   ~VX_LList() override;
+  /// Replaces the elements by copies of `src`'s, built aside first: running out of memory
+  /// (reported) leaves this list as it was. The cursor is cleared. A disabled side is
+  /// reported (VX_RET_ERR_OBJ) and nothing changes.
   VX_LList& operator=(const VX_LList& src);
+  /// 1 when both hold equal elements in the same order.
   unsigned char operator==(const VX_LList& other) const;
 
   /// Removes the first node holding `elem` itself or an equal value; the cursor stays on its
@@ -55,7 +65,9 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   T& operator[](unsigned int index) override;
   /// Reading needs no cursor, so a const list reads its elements (same reports and sink).
   const T& operator[](unsigned int index) const;
-  /// Nothing is inserted when `index` is past the end (VX_RET_FALSE).
+  /// Nothing is inserted when `index` is past the end (VX_RET_FALSE), hence nothing into an
+  /// empty list. The cursor is moved to `index` (with VX_INS_BEFORE it ends on the first new
+  /// node with its index `count` too high, as insElemAtCur leaves it).
   VX_RET_STATUS insElems(VX_INS_METHOD method, unsigned int index, unsigned int count) override;
   VX_RET_STATUS delElems(unsigned int index, unsigned int count) override;
   VX_RET_STATUS appendElem(const T& elem) override;
@@ -72,6 +84,8 @@ class VX_API VX_LList : public VX_IndContainer<T> {
   unsigned char curAtFirst() override;
   unsigned char curAtLast() override;
   VX_RET_STATUS setCurFirst() override;
+  /// Puts the cursor on the last node, but with the element count as its index, not
+  /// count - 1 (kept on purpose); VX_RET_FALSE, cursor null, when empty.
   VX_RET_STATUS setCurLast() override;
   VX_RET_STATUS setCurPrev() override;
   VX_RET_STATUS setCurNext() override;

@@ -13,15 +13,29 @@
 template <class T>
 class VX_API VX_Stack : public VX_AdapterStore<T> {
  public:
+  /// An empty fixed stack of `size` slots (a VX_Array; `rawMemory` as there).
   VX_Stack(unsigned int size = 64, unsigned char rawMemory = 0);
+  /// An empty growable stack over a VX_VCArray of `initialSize` slots in blocks of
+  /// `blockSize`; a `growBy` of 0 makes it refuse pushes once full. A zero `blockSize`
+  /// leaves it disabled.
   VX_Stack(unsigned int initialSize, unsigned int blockSize, unsigned int growBy, unsigned char rawMemory);
+  /// Frees the storage and the elements in it.
   ~VX_Stack() override;
 
+  /// Puts a copy of `elem` on top (`elem` may be held here). VX_RET_FALSE when full and not
+  /// growable; VX_RET_ERR_MEM, nothing added, when the storage cannot grow or the copy fails;
+  /// VX_RET_ERR_OBJ when disabled.
   VX_RET_STATUS push(const T& elem);
+  /// Removes the top element and returns its slot, which keeps the value until the next push
+  /// overwrites it.
   T& pop();
-  /// Counted from the bottom: 0 is the element pushed first.
+  /// Element `i` counted from the bottom: 0 is the element pushed first. Past the top: the
+  /// sink, without a report.
+  ///@{
   T& peek(unsigned int i);
   const T& peek(unsigned int i) const;
+  ///@}
+  /// The number of elements held (0 when disabled).
   unsigned int getNum() const;
 
  private:

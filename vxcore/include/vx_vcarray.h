@@ -12,16 +12,20 @@
 /// in the array's sense.
 template <class T>
 struct VX_VCARR_LLIST_REC {
-  unsigned int count;
-  VX_Array<T>* block;
+  unsigned int count;  ///< slots of `block` in use, from its first slot on
+  VX_Array<T>* block;  ///< the block's array of blockSize slots, or null
 
+  /// An empty record without a block.
   VX_VCARR_LLIST_REC() : count(0), block(nullptr) {}
+  /// A record of `used` slots in `array`, which it refers to without owning it.
   VX_VCARR_LLIST_REC(unsigned int used, VX_Array<T>* array) : count(used), block(array) {}
+  /// Equality as described for the record; a record without a block equals only itself.
   unsigned char operator==(const VX_VCARR_LLIST_REC& other) const {
     if (&other == this) return 1;
     if (count != other.count || !block || !other.block) return 0;
     return *block == *other.block;
   }
+  /// Slot `index` of the block (the array's reports and sink); the sink when there is no block.
   T& operator[](unsigned int index) { return block ? (*block)[index] : VX_nullRef<T>(); }
 };
 
@@ -34,11 +38,17 @@ struct VX_VCARR_LLIST_REC {
 /// allocation, or a failed copy of an element handed in, later returns VX_RET_ERR_MEM with the
 /// elements as they were. Held elements move by exchange, never by copies that could fail.
 /// Access by index starts from the block reached last (or the nearer end of the chain), so
-/// reading in order or near the last access costs no walk. Not copyable.
+/// reading in order or near the last access costs no walk. Structural changes keep the
+/// cursor's index (cleared when it falls past the end); a null cursor stays null. Not
+/// copyable.
 template <class T>
 class VX_API VX_VCArray : public VX_IndContainer<T> {
  public:
+  /// `initialSize` cleared elements in full blocks (the last one partly used), with the cursor
+  /// on element 0 when there are any. `rawMemory` is handed to the block arrays. A zero
+  /// `blockSize` (reported, VX_RET_ERR_ARG) or a failed allocation leaves the array disabled.
   VX_VCArray(unsigned int initialSize = 0, unsigned int blockSize = 64, unsigned char rawMemory = 0);
+  /// Frees every block with its elements, and the chain.
   ~VX_VCArray() override;
   VX_VCArray(const VX_VCArray&) = delete;
   VX_VCArray& operator=(const VX_VCArray&) = delete;
@@ -81,13 +91,16 @@ class VX_API VX_VCArray : public VX_IndContainer<T> {
   VX_RET_STATUS setCurElem(const T& elem) override;
 
   /// The block layout, for tests and diagnostics: the block size, the number of blocks and
-  /// the used slot count of block `blockNo` in chain order (0 past the last block).
+  /// the used slot count of block `blockNo` in chain order (0 past the last block or for a
+  /// disabled array).
+  ///@{
   unsigned int getBlockSize() const {
     VX_setUserError(0);
     return blockSize;
   }
   unsigned int numBlocks() const { return blocks ? blocks->numElems() : 0; }
   unsigned int blockCount(unsigned int blockNo) const;
+  ///@}
 
  private:
   typedef VX_VCARR_LLIST_REC<T> Rec;
