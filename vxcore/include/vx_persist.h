@@ -13,10 +13,11 @@
 class VX_Version;
 class VX_FileBinary;
 
-/// Text or binary form; all packing in the library uses VX_STORAGE_BINARY.
+/// Text or binary form, of packed data and of files; all packing in the library uses
+/// VX_STORAGE_BINARY.
 enum VX_STORAGE_TYPE : int {
-  VX_STORAGE_ASCII = 0,  ///< Text form (refused by the library's packers).
-  VX_STORAGE_BINARY = 1  ///< Binary form, the one every packer accepts.
+  VX_STORAGE_ASCII = 0,  ///< Text form: a text-mode file; no packer implements it.
+  VX_STORAGE_BINARY = 1  ///< Binary form: a binary-mode file and the form of every packer.
 };
 
 /// The packed size no block can have. Packed sizes are summed with VX_packedSizeAdd, which
@@ -31,7 +32,8 @@ inline unsigned int VX_packedSizeAdd(unsigned int a, unsigned int b) {
 
 /// VX_Persistable: abstract base of every class whose objects turn into bytes, packed into a
 /// caller's buffer (pack/unpack) or written field by field into a binary file
-/// (persist/restore). Every form carries the format version. The slot order is part of the
+/// (persist/restore). Every operation is handed the format version to write or read (the
+/// library passes VX_systemVersionWrite or VX_systemVersionRead). The slot order is part of the
 /// binary interface. Packed numbers are little-endian and unpadded. A class that overrides the
 /// virtual pack brings the allocating pack back into view with `using VX_Persistable::pack;`.
 class VX_API VX_Persistable {
@@ -43,8 +45,8 @@ class VX_API VX_Persistable {
   /// VX_RET_ERR_ARG, a disabled object VX_RET_ERR_POBJ; a storage type the class does not
   /// implement is refused (VX_RET_ERR_ARG or VX_RET_ERR_NIMP, as the class says).
   virtual VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) = 0;
-  /// The bytes pack will write; VX_PACKED_SIZE_OVERFLOW when that cannot fit a block, 0 (with
-  /// a report) for a disabled object or a storage type the class does not implement.
+  /// The bytes pack will write; VX_PACKED_SIZE_OVERFLOW when that cannot fit a block, 0 for a
+  /// disabled object or a storage type the class does not implement.
   virtual unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) = 0;
   /// Replaces the object's content with the packed form read from `buffer`; `size` is set to
   /// 0 first, then to the bytes consumed. The buffer stays the caller's: nothing read keeps a

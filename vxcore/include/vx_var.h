@@ -84,7 +84,7 @@ enum : int { VX_VAR_STRLENG_LIMIT = 0x1000000 };
 /// the kind of its first assignment. Failures are reported where found and returned; writes
 /// that return a reference hand back the sink VX_NULL_PTR on refusal and leave the variant
 /// unchanged. A constructor that fails leaves the variant disabled, and every operation on a
-/// disabled variant reports VX_RET_ERR_POBJ. The long kinds hold 32-bit values.
+/// disabled variant but comparison reports VX_RET_ERR_POBJ. The long kinds hold 32-bit values.
 class VX_API VX_Var : public VX_Persistable {
  public:
   /// A locked wild variant: the first assignment of any kind gives it that kind, which it is
