@@ -48,26 +48,18 @@ enum VX_VAR_TYPE_ID : int {
   VX_VAR_ID_WILD = 13
 };
 
-/// What a class-variable handler is asked to do for the object a pointer variant owns. The
-/// arguments that follow the code in the handler call:
-///   NEW          void** slot receiving the new object
-///   COPY         void* destination, void* source
-///   COMP         void* a, void* b, int* three-way result
-///   DEL          void* object
-///   PACKED_SIZE  VX_STORAGE_TYPE, unsigned int* size
-///   PACK         void* object, char* destination, VX_STORAGE_TYPE
-///   UNPACK       void* object, char* source, unsigned int* consumed, VX_STORAGE_TYPE
-///   PRINT        void* object, VX_OStream*
-/// A result above 2 is a failure that the variant passes on.
+/// What a class-variable handler is asked to do for the object a pointer variant owns. Each
+/// value lists the arguments that follow the code in the handler call. A result above 2 is a
+/// failure that the variant passes on.
 enum VX_CLASS_VAR_OP : int {
-  VX_CLASS_VAR_NEW = 0,
-  VX_CLASS_VAR_COPY = 1,
-  VX_CLASS_VAR_COMP = 2,
-  VX_CLASS_VAR_DEL = 3,
-  VX_CLASS_VAR_PACKED_SIZE = 4,
-  VX_CLASS_VAR_PACK = 5,
-  VX_CLASS_VAR_UNPACK = 6,
-  VX_CLASS_VAR_PRINT = 7
+  VX_CLASS_VAR_NEW = 0,          ///< `void**` slot receiving a new object.
+  VX_CLASS_VAR_COPY = 1,         ///< `void*` destination, `void*` source.
+  VX_CLASS_VAR_COMP = 2,         ///< `void*` a, `void*` b, `int*` receiving the three-way result.
+  VX_CLASS_VAR_DEL = 3,          ///< `void*` object to dispose of.
+  VX_CLASS_VAR_PACKED_SIZE = 4,  ///< VX_STORAGE_TYPE, `unsigned int*` receiving the packed size.
+  VX_CLASS_VAR_PACK = 5,         ///< `void*` object, `char*` destination, VX_STORAGE_TYPE.
+  VX_CLASS_VAR_UNPACK = 6,       ///< `void*` object, `char*` source, `unsigned int*` bytes consumed, VX_STORAGE_TYPE.
+  VX_CLASS_VAR_PRINT = 7         ///< `void*` object, `VX_OStream*`.
 };
 /// The handler a pointer variant uses to manage the object it owns: called with an operation
 /// code and the arguments listed at VX_CLASS_VAR_OP.
@@ -319,8 +311,8 @@ class VX_API VX_Var : public VX_Persistable {
   VX_Var& assignScalar(VX_VAR_TYPE t, V Value::*field, V v);
   template <class V>
   V readAs(VX_VAR_TYPE t, V Value::*field, const char* label, const char* message) const;
-  /// Writes that refuse or fail leave the variant as it was. The assign forms obey the lock,
-  /// the store forms are the writes themselves.
+  // Writes that refuse or fail leave the variant as it was. The assign forms obey the lock,
+  // the store forms are the writes themselves.
   VX_RET_STATUS assignStr(const char* text);
   VX_RET_STATUS storeText(const char* text, int32_t max, bool fitted = false);
   /// VX_RET_ERR_ARG, reported, for a maximum string length beyond VX_VAR_STRLENG_LIMIT.
