@@ -24,7 +24,8 @@ VX_API VX_RET_STATUS VX_fileBuildPath(const char* drive, const char* dir, const 
                                       VX_String& out);
 /// The inverse of VX_fileBuildPath: drive is "x:" when the second character is ":", dir runs up
 /// to and including the last separator, ext is the text from the last "." of the name on (dot
-/// included), fname what lies between. Absent parts are the empty text.
+/// included), fname what lies between. Absent parts are the empty text; a null path is
+/// VX_RET_ERR_ARG.
 VX_API VX_RET_STATUS VX_fileExtractPathComponents(const char* path, VX_String& drive, VX_String& dir,
                                                   VX_String& fname, VX_String& ext);
 /// The current directory as the system writes it (`/` separators). VX_RET_ERR_MEM when memory

@@ -52,8 +52,8 @@ class VX_API VX_VarArr : public VX_Array<VX_Var>, public VX_Persistable {
   VX_VarArr& operator=(const VX_VarArr& other);
 
   /// Element `index`, checked against the count (a disabled array or an index out of range
-  /// reports and yields the sink VX_NULL_PTR); the reference lives until the element is
-  /// deleted or the array changes size.
+  /// reports and yields the sink VX_NULL_PTR); the reference is valid until elements are
+  /// inserted or deleted.
   VX_Var& operator[](unsigned int index) override;
   /// Reading needs no cursor, so a const array answers too (same checks and reports).
   const VX_Var& operator[](unsigned int index) const;
