@@ -13,12 +13,9 @@
 class VX_Version;
 class VX_FileBinary;
 
-/// Text or binary form, of packed data and of files; all packing in the library uses
-/// VX_STORAGE_BINARY.
-enum VX_STORAGE_TYPE : int {
-  VX_STORAGE_ASCII = 0,  ///< Text form: a text-mode file; no packer implements it.
-  VX_STORAGE_BINARY = 1  ///< Binary form: a binary-mode file and the form of every packer.
-};
+/// Text or binary form, of packed data and of files: VX_STORAGE_ASCII opens a file in text
+/// mode and no packer implements it; VX_STORAGE_BINARY is the form of every packer.
+enum VX_STORAGE_TYPE : int { VX_STORAGE_ASCII = 0, VX_STORAGE_BINARY = 1 };
 
 /// The packed size no block can have. Packed sizes are summed with VX_packedSizeAdd, which
 /// sticks at this value instead of wrapping, so a getPackedSize that answers it says "too large
