@@ -99,28 +99,31 @@ VX_API const VX_PubService* VX_findPublicService(const VX_PubService* const* gro
 
 // Port counts. Data ports are the rows of an argument map up to the first row with a null name
 // (which need not be the terminating row, so a map may build more arguments than it has ports);
-// process ports are the rows up to the first with a null description. A null argument counts 0
-// after reporting VX_RET_ERR_ARG.
+// process ports are the rows up to the first with a null description.
 
 /// Data input (output) ports of one service: the rows of its input (output) map before the
-/// first row without a name; 0 for a service without that map.
+/// first row without a name; 0 for a service without that map, and for a null service
+/// (VX_RET_ERR_ARG reported).
 ///@{
 VX_EXTERN_C VX_API unsigned VX_numDataInPortsFromPubService(const VX_PubService* service);
 VX_EXTERN_C VX_API unsigned VX_numDataOutPortsFromPubService(const VX_PubService* service);
 ///@}
-/// Data input (output) ports of a group: the greatest count over the group's services.
+/// Data input (output) ports of a group: the greatest count over the group's services; 0 for
+/// a null group (VX_RET_ERR_ARG reported).
 ///@{
 VX_EXTERN_C VX_API unsigned VX_numDataInPortsFromPubServGrp(const VX_PubService* const* group);
 VX_EXTERN_C VX_API unsigned VX_numDataOutPortsFromPubServGrp(const VX_PubService* const* group);
 ///@}
 /// Data input (output) ports of a group list: the count of its first entry's group, whatever
-/// the versions of the others; 0 for an empty list.
+/// the versions of the others; 0 for an empty list, and for a null one (VX_RET_ERR_ARG
+/// reported).
 ///@{
 VX_EXTERN_C VX_API unsigned VX_numDataInPortsFromPubServGrpList(const VX_PubServGrpList* list);
 VX_EXTERN_C VX_API unsigned VX_numDataOutPortsFromPubServGrpList(const VX_PubServGrpList* list);
 ///@}
 /// Process input (output) ports of one process description: its in (out) port records before
-/// the first without a description; 0 when it has none.
+/// the first without a description; 0 when it has none, and for a null description
+/// (VX_RET_ERR_ARG reported).
 ///@{
 VX_EXTERN_C VX_API unsigned VX_numProcInPortsFromPubProcServDesc(const VX_PubProcServDesc* desc);
 VX_EXTERN_C VX_API unsigned VX_numProcOutPortsFromPubProcServDesc(const VX_PubProcServDesc* desc);
