@@ -1,6 +1,16 @@
 /// \file
 /// The reference-counted module manager: one record per module path, so that several users can
 /// load the same module and it is released only when the last one lets go.
+///
+/// The manager is one process-wide table keyed by the path text exactly as the caller gave it:
+/// two spellings of one file are two records and two loads. It has no lock; load and unload
+/// from one thread. Library start-up calls VX_dllEntryManagerInit and shut-down
+/// VX_dllEntryManagerClose; VX_dllLoad also starts the table when it is missing, while the
+/// other calls answer VX_RET_ERR_OBJ (reported) before it is started.
+///
+/// A null path is VX_RET_ERR_ARG without a report in this layer (the public-module layer
+/// reports it). A module the system will not load, and an entry point it lacks, leave the
+/// system's reason for VX_dllGetLastError.
 #ifndef VX_DLLMANAGER_H
 #define VX_DLLMANAGER_H
 
@@ -9,11 +19,13 @@
 
 /// VX_DllEntry: a loaded module's handle and how many loads of its path are outstanding.
 struct VX_API VX_DllEntry {
-  void* handle;
-  unsigned int refCount;
+  void* handle;  ///< the system's module handle; the manager releases it, not the record
+  unsigned int refCount;  ///< loads of the path not yet unloaded
 
   VX_DllEntry() : handle(nullptr), refCount(0) {}
+  /// A record of `h` with `count` outstanding loads.
   VX_DllEntry(void* h, unsigned int count) : handle(h), refCount(count) {}
+  /// The same handle and count.
   unsigned char operator==(const VX_DllEntry& other) const {
     return handle == other.handle && refCount == other.refCount;
   }
@@ -21,18 +33,10 @@ struct VX_API VX_DllEntry {
 
 VX_HASH_TEMPLATES(extern, VX_String, VX_DllEntry)
 
-// The manager is one process-wide table keyed by the path text exactly as the caller gave it:
-// two spellings of one file are two records and two loads. It has no lock; load and unload
-// from one thread. Library start-up calls VX_dllEntryManagerInit and shut-down
-// VX_dllEntryManagerClose; VX_dllLoad also starts the table when it is missing.
-//
-// A null path is VX_RET_ERR_ARG without a report in this layer (the public-module layer
-// reports it). A module the system will not load, and an entry point it lacks, leave the
-// system's reason for VX_dllGetLastError.
-
 /// VX_RET_FALSE when the table exists already; VX_RET_ERR_MEM when it cannot be made.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllEntryManagerInit(void);
-/// Releases every module (as VX_dllUnloadAll), then forgets every record; always VX_RET_TRUE.
+/// Releases every module (as VX_dllUnloadAll), then forgets every record; always VX_RET_TRUE
+/// (on a manager never started the release step still reports VX_RET_ERR_OBJ).
 VX_EXTERN_C VX_API VX_RET_STATUS VX_dllEntryManagerClose(void);
 /// A path already loaded only has its count raised. VX_RET_FALSE when the file does not exist
 /// or the system refuses the module.

@@ -13,11 +13,16 @@
 /// leaves the new object uninitialised too); assignment copies the flag only.
 class VX_API VX_Operator : public VX_VorlaxeClass {
  public:
+  /// An initialised operator.
   VX_Operator();
+  /// Clears the initialised flag; VX_RET_ERR_POBJ is reported when it was clear already.
   ~VX_Operator() override;
+  /// Copies the initialised flag only.
   VX_Operator& operator=(const VX_Operator& other);
+  /// Nonzero from construction until destruction (or an assignment from an uninitialised one).
   unsigned char objIsEnabled() const { return initialised; }
 
+  /// Performs the operation; the status and its meaning are the derived class's.
   virtual VX_RET_STATUS operate() = 0;
 
  private:
