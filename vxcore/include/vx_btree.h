@@ -150,12 +150,12 @@ class VX_API VX_BtreeNode : public VX_Persistable {
   unsigned int packedSize;
   unsigned int maxStrLen;
   unsigned char reserved;
-  /// The key form: the kind of each field, the bytes of the whole key and of one slot.
+  // The key form: the kind of each field, the bytes of the whole key and of one slot.
   VX_VAR_TYPE* kinds;
   unsigned int keyBytes;
   unsigned int slotSize;
-  /// A file tree's bookkeeping during one call: changed since last written, let go, and the
-  /// chains of such nodes.
+  // A file tree's bookkeeping during one call: changed since last written, let go, and the
+  // chains of such nodes.
   unsigned char dirty;
   unsigned char freed;
   unsigned char created;  ///< made by the call in progress
@@ -212,9 +212,11 @@ typedef VX_RET_STATUS (*VX_BtreeCallback)(VX_BtreeIteratorStruct& it);
 /// is undone in memory, so the tree and the file stay as they were before it.
 class VX_API VX_Btree : public VX_VorlaxeClass {
  public:
-  /// A memory tree.
+  /// A memory tree of `order` (at least 3) with keys shaped like `keyTemplate` (copied),
+  /// records of `recSize` bytes and data blocks of `dataBlockSize` bytes (0: none).
   VX_Btree(unsigned int order, VX_VarArr& keyTemplate, unsigned int recSize, unsigned int dataBlockSize);
-  /// Creates a new file tree in `fileName` (replacing any file there).
+  /// Creates a new file tree in `fileName` (replacing any file there), shaped as for a memory
+  /// tree.
   VX_Btree(char* fileName, unsigned int order, VX_VarArr& keyTemplate, unsigned int recSize,
            unsigned int dataBlockSize);
   /// Opens an existing file tree for reading and writing. The key template is rebuilt from the
@@ -225,11 +227,19 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_Btree(const char* fileName, VX_VarArr& keyTemplate, VX_FILE_MODE mode);
   /// A memory tree with `other`'s shape and records (a file tree is copied into memory).
   VX_Btree(VX_Btree& other);
+  /// Writes a file tree's changed nodes back (unless it is read-only; a failure there is not
+  /// returned to anyone) and closes its file; frees everything the tree owns.
   ~VX_Btree() override;
-  /// Makes this tree hold `other`'s records. A memory tree takes other's shape as well; a file
-  /// tree keeps its file and must have other's shape (VX_RET_ERR_ARG, unchanged).
+  /// Makes this tree hold `other`'s records. A memory (or disabled) tree is rebuilt as a memory
+  /// copy of `other`, shape included, and is left disabled if that fails. A file tree keeps its
+  /// file and must have other's shape and data block size (otherwise an error is reported and
+  /// the tree is unchanged); it is emptied and refilled record by record, so a failure part-way
+  /// leaves the records copied so far. Refused, with the status reported, for a disabled
+  /// `other` (VX_RET_ERR_OBJ), during a walk (VX_RET_ERR_ILOCK) and on a read-only file tree
+  /// (VX_RET_ERR_CALL).
   VX_Btree& operator=(VX_Btree& other);
-  /// Same shape and the same records (keys, bytes and data blocks) in the same order.
+  /// Same shape and the same records (keys, bytes and data blocks). 0, with VX_RET_ERR_OBJ
+  /// reported, when either tree is disabled.
   unsigned char operator==(VX_Btree& other);
 
   unsigned char objIsEnabled() const { return enabled; }  ///< 0 after a failed construction
@@ -287,7 +297,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_RET_STATUS copyFrom(VX_Btree& other);
   VX_RET_STATUS usable(unsigned line);
 
-  /// Nodes.
+  // Nodes.
   VX_RET_STATUS getNode(VX_BtreeLink link, uint32_t parent, VX_BtreeNode*& node);
   VX_RET_STATUS readNode(VX_BtreeLink link, VX_BtreeNode*& node);
   VX_RET_STATUS newNode(VX_BtreeNode*& node);
@@ -300,7 +310,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_BtreeNode* getReservedNode();
   VX_RET_STATUS returnReservedNode(VX_BtreeNode* node);
 
-  /// Operations.
+  // Operations.
   VX_RET_STATUS begin(bool changes);
   VX_RET_STATUS finish(VX_RET_STATUS st);
   VX_RET_STATUS encodeKey(VX_VarArr& key, char* out);
@@ -323,7 +333,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_RET_STATUS removeDataBlock(uint32_t link);
   VX_RET_STATUS writeHeader();
 
-  /// Walks.
+  // Walks.
   VX_RET_STATUS inOrderTraverse(VX_BtreeCallback callback, VX_BtreeIteratorStruct& it, VX_VarArr* fromKey,
                                 VX_VarArr* toKey);
   VX_RET_STATUS traverseNode(VX_BtreeNode* node, VX_BtreeCallback callback, VX_BtreeIteratorStruct& it);

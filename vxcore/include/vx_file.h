@@ -251,7 +251,7 @@ class VX_API VX_FileBinary : public VX_TypedFile<VX_STORAGE_BINARY> {
   VX_RET_STATUS restoreVal(char** text, unsigned int& size, unsigned char scramble = 0);
 
  private:
-  /// The stored bytes of one number, moved with the plain transfer.
+  // The stored bytes of one number, moved with the plain transfer.
   VX_RET_STATUS putBytes(const char* bytes, unsigned int width, unsigned int& size);
   VX_RET_STATUS getBytes(char* bytes, unsigned int width, unsigned int& size);
 };

@@ -272,8 +272,8 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   /// Undoes a failed open: our state, and the stream when this call opened it.
   VX_RET_STATUS abandon(VX_RET_STATUS status, bool streamOpened);
 
-  /// The stream position and the file's end as kept in memory; learnt from the stream when unknown
-  /// (-1 when even that fails).
+  // The stream position and the file's end as kept in memory; learnt from the stream when unknown
+  // (-1 when even that fails).
   VX_FILEREC_LOCAL long here();
   VX_FILEREC_LOCAL long fileEnd();
   /// Makes both unknown.
@@ -287,7 +287,7 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_FILEREC_LOCAL VX_RET_STATUS moveTo(long offset);
   /// Plain transfers at the current position that keep the position and the end in step.
   VX_FILEREC_LOCAL VX_RET_STATUS transfer(bool writing, void* data, unsigned int size);
-  /// Raw transfers at an offset, bypassing the record layer.
+  // Raw transfers at an offset, bypassing the record layer.
   VX_RET_STATUS readAt(long offset, void* data, unsigned int size);
   VX_RET_STATUS writeAt(long offset, const void* data, unsigned int size);
   VX_RET_STATUS readRecHdr(long offset, VX_FileBinrecRecHdr& rec);
