@@ -72,7 +72,7 @@ enum VX_FILE_BINREC_DEL_REC_SEARCH_ALGO : int {
   VX_BINREC_SEARCH_FIRST_FIT = 2  ///< the first one large enough
 };
 
-/// The library's instantiation for the free record table.
+// The library's instantiation for the free record table.
 extern template class VX_API VX_Container<VX_FileBinrecTblEntry>;
 extern template class VX_API VX_OrdContainer<VX_FileBinrecTblEntry>;
 extern template class VX_API VX_I_Iterator<VX_FileBinrecTblEntry>;
