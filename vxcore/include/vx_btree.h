@@ -17,13 +17,16 @@
 union VX_API VX_BtreeLink {
   uint32_t handle;  ///< memory tree
   uint32_t offset;  ///< file tree
-  VX_BtreeLink() : handle(0) {}
-  VX_BtreeLink(uint32_t value) : handle(value) {}
+  VX_BtreeLink() : handle(0) {}  ///< no node
+  VX_BtreeLink(uint32_t value) : handle(value) {}  ///< the handle or offset `value`
+  /// Compare the 32-bit values.
+  ///@{
   unsigned char operator==(const VX_BtreeLink& other) const { return handle == other.handle; }
   unsigned char operator!=(const VX_BtreeLink& other) const { return handle != other.handle; }
+  ///@}
 };
 
-/// The breadth walk's queue and the link lists are the library's own instantiations.
+// The breadth walk's queue and the link lists are the library's own instantiations.
 VX_CONTAINER_INTERFACE_INSTANCES(extern, VX_BtreeLink)
 extern template class VX_Array<VX_BtreeLink>;
 extern template struct VX_VCARR_LLIST_REC<VX_BtreeLink>;
@@ -34,13 +37,16 @@ extern template class VX_VCArray<VX_BtreeLink>;
 extern template class VX_AdapterStore<VX_BtreeLink>;
 extern template class VX_Queue<VX_BtreeLink>;
 
+/// Where a tree keeps its nodes: on the heap, or in a binary record file (see VX_Btree).
 enum VX_BTREE_TYPE : int { VX_BTREE_MEMORY = 0, VX_BTREE_FILE = 1 };
+/// The sibling an insertion into a full node moves a record into instead of splitting it
+/// (none, left or right); used by the tree's insertion.
 enum VX_BTREE_ROLLOVER_DIR : int { VX_BTREE_ROLLOVER_NONE = 0, VX_BTREE_ROLLOVER_LEFT = 1, VX_BTREE_ROLLOVER_RIGHT = 2 };
 
 /// One record in transit: its key and its bytes (not owned).
 struct VX_API VX_BTREE_REC {
-  VX_VarArr key;
-  char* rec = nullptr;
+  VX_VarArr key;  ///< the record's key, shaped like the tree's key template
+  char* rec = nullptr;  ///< the record's bytes, or null
 };
 
 /// Size of the file tree's header (the record file's user header).
@@ -64,33 +70,60 @@ class VX_API VX_BtreeNode : public VX_Persistable {
  public:
   /// An unshaped node: disabled until copyNode gives it a shape.
   VX_BtreeNode();
+  /// An empty node of `order` (at least 3) for keys shaped like `keyTemplate` (integer kinds,
+  /// float, double or string fields; the longest template string sets maxStrLen) and records of
+  /// `recSize` bytes. Disabled, with the reason reported, when the arguments are refused or the
+  /// node would not fit in 1 GB, and when memory runs out.
   VX_BtreeNode(unsigned int order, VX_VarArr& keyTemplate, unsigned int recSize);
+  /// A node of `other`'s shape, records and links, as copyNode makes it; disabled when that fails.
   VX_BtreeNode(const VX_BtreeNode& other);
   ~VX_BtreeNode() override;
   /// Copies `other`'s records and links. An unshaped node takes other's shape; a shaped one must
   /// have the same shape ("Incompatible btree nodes", VX_RET_ERR_ARG).
   VX_RET_STATUS copyNode(const VX_BtreeNode& other);
 
+  /// The allocating pack: a malloc'ed block the caller frees (see VX_Persistable).
   using VX_Persistable::pack;
+  /// Writes the packed form (see the class) into `buffer`, which holds getPackedSize() bytes;
+  /// `size` gets that count. VX_RET_ERR_NIMP for any storage but binary; VX_RET_ERR_ARG for a
+  /// null buffer; VX_RET_ERR_POBJ when the node is unshaped. The version is not used.
   VX_RET_STATUS pack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
+  /// getPackedSize() for binary storage; 0, reported, for text storage or an unshaped node.
   unsigned int getPackedSize(VX_Version& version, VX_STORAGE_TYPE storage) override;
+  /// Reads a packed node of this node's shape from `buffer`, checking it first (see the class);
+  /// a block that does not fit is VX_RET_ERR_FILE, reported, and the node is left unchanged.
+  /// Failures as for pack otherwise.
   VX_RET_STATUS unpack(VX_Version& version, char* buffer, unsigned int& size, VX_STORAGE_TYPE storage) override;
+  /// The packed form as one block at the file's position, through the plain binary transfer
+  /// (never a record file's record framing); `size` gets the bytes moved. VX_RET_ERR_MEM when
+  /// the block cannot be had.
+  ///@{
   VX_RET_STATUS persist(VX_Version& version, VX_FileBinary& file, unsigned int& size) override;
   VX_RET_STATUS restore(VX_Version& version, VX_FileBinary& file, unsigned int& size) override;
+  ///@}
 
+  /// 0 while unshaped: after the default constructor or a failed construction.
   unsigned char objIsEnabled() const { return enabled; }
-  unsigned int getOrder() const { return order; }
+  unsigned int getOrder() const { return order; }  ///< children a node can have
+  /// Fewest records a node other than the root keeps: (order + 1) / 2 - 1.
   unsigned int getMinElems() const { return minElems; }
-  unsigned int getCapacity() const { return capacity; }
-  unsigned int getNumElems() const { return numElems; }
-  unsigned int getRecSize() const { return recSize; }
+  unsigned int getCapacity() const { return capacity; }  ///< most records: order - 1
+  unsigned int getNumElems() const { return numElems; }  ///< records held now
+  unsigned int getRecSize() const { return recSize; }  ///< bytes per record, key excluded
+  /// Bytes each string key field's text may take, terminator included; 0 without string fields.
   unsigned int getMaxStrLen() const { return maxStrLen; }
-  unsigned int getPackedSize() const { return packedSize; }
+  unsigned int getPackedSize() const { return packedSize; }  ///< bytes of the packed form
+  /// Child link i, counting from 0 (an inner node's children are 0 to getNumElems()); no node
+  /// for i not below the order.
   VX_BtreeLink getLink(unsigned int i) const { return i < order ? links[i] : VX_BtreeLink(); }
-  VX_BtreeLink getSelfLink() const { return selfLink; }
-  VX_BtreeLink getParentLink() const { return parentLink; }
-  /// Record i's bytes (null out of range) and its key into `key` (VX_RET_ERR_ARG out of range).
+  VX_BtreeLink getSelfLink() const { return selfLink; }  ///< this node's own link
+  VX_BtreeLink getParentLink() const { return parentLink; }  ///< no node for the root
+  /// Record i's bytes, inside the node and valid while it is unchanged (null out of range or
+  /// unshaped).
   char* getRec(unsigned int i) const;
+  /// Record i's key into `key`, which is reshaped to the key's fields when its count differs.
+  /// VX_RET_ERR_ARG out of range; VX_RET_ERR_POBJ when unshaped; VX_RET_ERR_MEM when `key` cannot
+  /// be resized.
   VX_RET_STATUS getKey(unsigned int i, VX_VarArr& key) const;
 
  private:
@@ -117,12 +150,12 @@ class VX_API VX_BtreeNode : public VX_Persistable {
   unsigned int packedSize;
   unsigned int maxStrLen;
   unsigned char reserved;
-  /// The key form: the kind of each field, the bytes of the whole key and of one slot.
+  // The key form: the kind of each field, the bytes of the whole key and of one slot.
   VX_VAR_TYPE* kinds;
   unsigned int keyBytes;
   unsigned int slotSize;
-  /// A file tree's bookkeeping during one call: changed since last written, let go, and the
-  /// chains of such nodes.
+  // A file tree's bookkeeping during one call: changed since last written, let go, and the
+  // chains of such nodes.
   unsigned char dirty;
   unsigned char freed;
   unsigned char created;  ///< made by the call in progress
@@ -133,26 +166,34 @@ class VX_API VX_BtreeNode : public VX_Persistable {
 
 /// Where a walk stands; handed to the callback on every call. Both keys start empty.
 struct VX_API VX_BtreeIteratorStruct {
-  VX_BtreeIteratorStruct();
+  VX_BtreeIteratorStruct();  ///< event 0, null pointers, empty keys, level 0, not stopping
+  /// Copy every field; the pointers are copied as they are and point where the source's do.
+  ///@{
   VX_BtreeIteratorStruct(const VX_BtreeIteratorStruct& other);
   VX_BtreeIteratorStruct& operator=(const VX_BtreeIteratorStruct& other);
+  ///@}
 
   /// 2 a node begins, 3 one record, 4 the node ends. The in-order walk gives only 3.
   unsigned int event;
-  VX_VarArr key;
+  VX_VarArr key;  ///< the record's key (event 3)
   char* rec;  ///< the record's bytes (after the data-block link when the tree keeps blocks)
   /// The record's data block: the block itself in a memory tree; in a file tree a buffer of the
   /// tree holding a copy for the length of the call.
   char* dataBlock;
-  unsigned char hasParent;
+  unsigned char hasParent;  ///< 1 when the node visited is not the root
+  /// The parent node's first record and key (breadth walk only; null and empty in the in-order
+  /// walk and for the root). Valid during the call.
   char* parentRec;
-  VX_VarArr parentKey;
+  VX_VarArr parentKey;  ///< see parentRec
   /// Depth of the node being visited (the root is 0); for a record of the in-order walk, the
   /// depth of the node that holds it.
   unsigned int level;
-  unsigned char stop;
+  unsigned char stop;  ///< set by the callback to end the walk after this call
 };
 
+/// Called by the walks once per event. `rec`, `dataBlock` and `parentRec` point into the tree's
+/// memory and are valid only during the call. A change to the tree from inside the callback is
+/// refused with VX_RET_ERR_ILOCK. An answer above 2 ends the walk and is returned by it.
 typedef VX_RET_STATUS (*VX_BtreeCallback)(VX_BtreeIteratorStruct& it);
 
 /// VX_Btree: an ordered index of fixed-size records under a multi-field key (a VX_VarArr shaped
@@ -171,9 +212,11 @@ typedef VX_RET_STATUS (*VX_BtreeCallback)(VX_BtreeIteratorStruct& it);
 /// is undone in memory, so the tree and the file stay as they were before it.
 class VX_API VX_Btree : public VX_VorlaxeClass {
  public:
-  /// A memory tree.
+  /// A memory tree of `order` (at least 3) with keys shaped like `keyTemplate` (copied),
+  /// records of `recSize` bytes and data blocks of `dataBlockSize` bytes (0: none).
   VX_Btree(unsigned int order, VX_VarArr& keyTemplate, unsigned int recSize, unsigned int dataBlockSize);
-  /// Creates a new file tree in `fileName` (replacing any file there).
+  /// Creates a new file tree in `fileName` (replacing any file there), shaped as for a memory
+  /// tree.
   VX_Btree(char* fileName, unsigned int order, VX_VarArr& keyTemplate, unsigned int recSize,
            unsigned int dataBlockSize);
   /// Opens an existing file tree for reading and writing. The key template is rebuilt from the
@@ -184,14 +227,22 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_Btree(const char* fileName, VX_VarArr& keyTemplate, VX_FILE_MODE mode);
   /// A memory tree with `other`'s shape and records (a file tree is copied into memory).
   VX_Btree(VX_Btree& other);
+  /// Writes a file tree's changed nodes back (unless it is read-only; a failure there is not
+  /// returned to anyone) and closes its file; frees everything the tree owns.
   ~VX_Btree() override;
-  /// Makes this tree hold `other`'s records. A memory tree takes other's shape as well; a file
-  /// tree keeps its file and must have other's shape (VX_RET_ERR_ARG, unchanged).
+  /// Makes this tree hold `other`'s records. A memory (or disabled) tree is rebuilt as a memory
+  /// copy of `other`, shape included, and is left disabled if that fails. A file tree keeps its
+  /// file and must have other's shape and data block size (otherwise an error is reported and
+  /// the tree is unchanged); it is emptied and refilled record by record, so a failure part-way
+  /// leaves the records copied so far. Refused, with the status reported, for a disabled
+  /// `other` (VX_RET_ERR_OBJ), during a walk (VX_RET_ERR_ILOCK) and on a read-only file tree
+  /// (VX_RET_ERR_CALL).
   VX_Btree& operator=(VX_Btree& other);
-  /// Same shape and the same records (keys, bytes and data blocks) in the same order.
+  /// Same shape and the same records (keys, bytes and data blocks). 0, with VX_RET_ERR_OBJ
+  /// reported, when either tree is disabled.
   unsigned char operator==(VX_Btree& other);
 
-  unsigned char objIsEnabled() const { return enabled; }
+  unsigned char objIsEnabled() const { return enabled; }  ///< 0 after a failed construction
 
   /// Inserts or updates. `rec` gives recSize bytes; `dataBlock` the data block's bytes when the
   /// tree keeps them (may be null: the block is then zero on insertion and kept on update).
@@ -204,7 +255,10 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   /// The record at position n in key order, counting from 0; VX_RET_FALSE past the end. Takes
   /// time proportional to n.
   VX_RET_STATUS readNthRec(unsigned long n, VX_VarArr& key, char* rec, char* dataBlock);
+  /// Records in the tree; 0 (VX_RET_ERR_OBJ reported) when disabled.
   unsigned long getNum();
+  /// The tree's type, order, record and data block sizes (0: no data blocks) and a copy of its
+  /// key template. VX_RET_ERR_MEM when the template cannot be copied.
   VX_RET_STATUS getInfo(VX_BTREE_TYPE& type, unsigned int& order, VX_VarArr& keyTemplate, unsigned int& recSize,
                         unsigned int& dataBlockSize);
   /// Walks the whole tree and reports each fault it finds as a message; VX_RET_TRUE when the tree
@@ -243,7 +297,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_RET_STATUS copyFrom(VX_Btree& other);
   VX_RET_STATUS usable(unsigned line);
 
-  /// Nodes.
+  // Nodes.
   VX_RET_STATUS getNode(VX_BtreeLink link, uint32_t parent, VX_BtreeNode*& node);
   VX_RET_STATUS readNode(VX_BtreeLink link, VX_BtreeNode*& node);
   VX_RET_STATUS newNode(VX_BtreeNode*& node);
@@ -256,7 +310,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_BtreeNode* getReservedNode();
   VX_RET_STATUS returnReservedNode(VX_BtreeNode* node);
 
-  /// Operations.
+  // Operations.
   VX_RET_STATUS begin(bool changes);
   VX_RET_STATUS finish(VX_RET_STATUS st);
   VX_RET_STATUS encodeKey(VX_VarArr& key, char* out);
@@ -279,7 +333,7 @@ class VX_API VX_Btree : public VX_VorlaxeClass {
   VX_RET_STATUS removeDataBlock(uint32_t link);
   VX_RET_STATUS writeHeader();
 
-  /// Walks.
+  // Walks.
   VX_RET_STATUS inOrderTraverse(VX_BtreeCallback callback, VX_BtreeIteratorStruct& it, VX_VarArr* fromKey,
                                 VX_VarArr* toKey);
   VX_RET_STATUS traverseNode(VX_BtreeNode* node, VX_BtreeCallback callback, VX_BtreeIteratorStruct& it);

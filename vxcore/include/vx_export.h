@@ -13,11 +13,14 @@
 /// instantiation the narrowest visibility of its arguments (an unmarked enumeration counts as
 /// hidden), and would leave VX_TypedFile<VX_STORAGE_BINARY> out of the library. The definition
 /// stays unmarked, since GCC warns about attributes on a class already declared. Macros that
-/// write both forms from one `EXTERN` argument ("extern" or nothing) use VX_API_##EXTERN.
+/// write both forms from one `EXTERN` argument ("extern" or nothing) paste it onto `VX_API_`:
+/// VX_API_extern is VX_API, plain VX_API_ is nothing.
+///@{
 #define VX_API_extern VX_API
 #define VX_API_
+///@}
 
-// Free functions and data with plain (unmangled) names.
+/// Marks free functions and data that keep plain (unmangled) names, from C++ and from C.
 #ifdef __cplusplus
 #define VX_EXTERN_C extern "C"
 #else

@@ -24,25 +24,26 @@ struct VX_API VX_FileBinrecBaseHdr {
   unsigned int hdrSize;  ///< 116
   char version[33];  ///< "1.0"
   char comment[65];  ///< "Vorlaxe binary record file"
-  char reserved[2];
+  char reserved[2];  ///< kept as read; zero in a new file
 };
 
 /// The whole 116-byte file header: the base part, the user header size, the free record table's
 /// dimension and whether records carry record headers. Opening checks every field against the
 /// file's real size before anything is allocated from it.
 struct VX_API VX_FileBinrecHdr {
-  VX_FileBinrecBaseHdr base;
-  unsigned int userHdrSize;
+  VX_FileBinrecBaseHdr base;  ///< size, version and comment
+  unsigned int userHdrSize;  ///< bytes of the user header, fixed at creation
   unsigned int dim;  ///< entries in the free record table, at least 1
   unsigned char recHeaders;  ///< 1: every record is preceded by a record header
-  unsigned char reserved[3];
+  unsigned char reserved[3];  ///< kept as read; zero in a new file
 };
 
 /// One free list: the record size it serves (0 = any size of a variable file) and the offset of
 /// its first deleted record, -1 when empty.
 struct VX_API VX_FileBinrecTblEntry {
-  unsigned int recSize;
-  int firstFree;
+  unsigned int recSize;  ///< record size served; 0 = any size of a variable file
+  int firstFree;  ///< offset of the first deleted record, -1 = none
+  /// Both fields equal.
   unsigned char operator==(const VX_FileBinrecTblEntry& other) const {
     return recSize == other.recSize && firstFree == other.firstFree;
   }
@@ -52,7 +53,7 @@ struct VX_API VX_FileBinrecTblEntry {
 /// the end of the file marks the file as damaged.
 struct VX_API VX_FileBinrecRecHdr {
   unsigned char deleted;  ///< 1: the record is free and linked into a free list
-  unsigned char reserved[3];
+  unsigned char reserved[3];  ///< kept as read; zero when written by the library
   unsigned int size;  ///< data bytes after this header
   int nextFree;  ///< next record of the same free list, -1 = none (always -1 when live)
 };
@@ -71,7 +72,7 @@ enum VX_FILE_BINREC_DEL_REC_SEARCH_ALGO : int {
   VX_BINREC_SEARCH_FIRST_FIT = 2  ///< the first one large enough
 };
 
-/// The library's instantiation for the free record table.
+// The library's instantiation for the free record table.
 extern template class VX_API VX_Container<VX_FileBinrecTblEntry>;
 extern template class VX_API VX_OrdContainer<VX_FileBinrecTblEntry>;
 extern template class VX_API VX_I_Iterator<VX_FileBinrecTblEntry>;
@@ -113,7 +114,7 @@ struct VX_FileBinrecState;
 /// (those are flushed at once in either mode), or at close.
 class VX_API VX_FileBinaryRec : public VX_FileBinary {
  public:
-  VX_FileBinaryRec();
+  VX_FileBinaryRec();  ///< enabled, nothing open
   /// Creates (or truncates) `path` as a new record file.
   VX_FileBinaryRec(const char* path, unsigned char buffered, unsigned int bufferSize, unsigned int recSize,
                    unsigned char recHeaders, const char* userHeader, unsigned int userHeaderSize, unsigned int dim,
@@ -125,6 +126,9 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_FileBinaryRec(const VX_FileBinaryRec& other);
   /// Closes an open file as close() does, so the table is not lost.
   ~VX_FileBinaryRec() override;
+  /// Closes this object's own record file as close() does (unless both already share the
+  /// stream), then shares `other`'s stream, header and table. VX_RET_ERR_POBJ, reported and
+  /// nothing changed, when either object is disabled.
   VX_FileBinaryRec& operator=(const VX_FileBinaryRec& other);
 
   /// Creation: recSize 0 makes a variable file, whose freeRecSizes (dim of them) name the sizes
@@ -152,16 +156,22 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   /// fails as the plain read does (VX_RET_ERR_GEN) before mem is sized; a record header cut
   /// short by the end is damage. Writing takes mem's whole content; a fixed file refuses a
   /// block of another size, an empty one included. A VX_String is both a memory block and a
-  /// persistable: a cast picks the form.
+  /// persistable: a cast picks the form. An empty block written to a variable file writes
+  /// nothing and succeeds.
+  ///@{
   VX_RET_STATUS read(VX_Memory& mem);
   VX_RET_STATUS write(VX_Memory& mem);
+  ///@}
   /// Whole objects as one record: packed with VX_systemVersionWrite, unpacked with
   /// VX_systemVersionRead from getPackedSize (or `size`) bytes. In a fixed file a size of 0
   /// stands for the record size and any other size than the record size is refused before
-  /// anything is packed or allocated.
+  /// anything is packed or allocated. A read the file cannot satisfy fails (VX_RET_ERR_GEN)
+  /// before any memory is taken for it.
+  ///@{
   VX_RET_STATUS read(VX_Persistable& obj);
   VX_RET_STATUS read(VX_Persistable& obj, unsigned int size);
   VX_RET_STATUS write(VX_Persistable& obj);
+  ///@}
 
   /// Moves the stream as the binary file does; the position and the end are asked for anew,
   /// which also picks up a change made to the file by another process or another open of it.
@@ -170,11 +180,15 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   /// Part of a record's data: `size` bytes from `subOffset` into the data of the record at
   /// `recOffset`. The range must lie inside the record, which is checked before anything is
   /// allocated or moved. The memory forms read into a block of `size` bytes and write mem's
-  /// whole content.
+  /// whole content. A range outside the record is VX_RET_ERR_ARG (reported); in a variable file
+  /// without record headers nothing says where a record ends, so only the file's end limits a
+  /// read. Null `data` is VX_RET_ERR_ARG unless `size` is 0.
+  ///@{
   VX_RET_STATUS readSubRec(void* data, long recOffset, unsigned int subOffset, unsigned int size);
   VX_RET_STATUS writeSubRec(void const* data, long recOffset, unsigned int subOffset, unsigned int size);
   VX_RET_STATUS readSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset, unsigned int size);
   VX_RET_STATUS writeSubRec(VX_Memory& mem, long recOffset, unsigned int subOffset);
+  ///@}
 
   /// Where a record of `size` bytes would go: a free record chosen by `algo`, else the end of
   /// the file. A fixed file's free record is unlinked even by this query.
@@ -182,33 +196,40 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   /// Writes a record into a free slot (splitting a larger one) or at the end; its offset, -1 on
   /// any failure. A variable file refuses an empty record (VX_RET_ERR_ARG); a fixed file takes
   /// its record size for a size of 0 (the data must then hold a record), but not for an empty
-  /// memory block.
+  /// memory block. Null `data` is refused the same way.
+  ///@{
   long autoWrite(void const* data, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo, unsigned int size);
   long autoWrite(VX_Memory& mem, VX_FILE_BINREC_DEL_REC_SEARCH_ALGO algo);
+  ///@}
   /// A free record of `size` bytes (exactly, or at least with room for a split when `exact` is
   /// 0); with `allocate` it is unlinked. The end of the file when the list is empty; -1 when
   /// there is no free management (no record headers) or nothing fits.
   long getFreeRec(unsigned int size, unsigned char exact, unsigned char allocate);
 
   /// Marks the record at `offset` deleted and puts it first in its free list; the stream is left
-  /// at the offset. Needs record headers. A record already deleted is left as it is
-  /// (VX_RET_FALSE), so that no free list can come to contain it twice.
+  /// at the offset. Needs record headers (VX_RET_ERR_GEN, reported, without). A record already
+  /// deleted is left as it is (VX_RET_FALSE), so that no free list can come to contain it twice.
   VX_RET_STATUS deleteRec(long offset);
-  /// Whether the record at the current position is deleted (the position is kept).
+  /// Whether the record at the current position is deleted (the position is kept); always
+  /// VX_RET_FALSE in a file without record headers.
   VX_RET_STATUS isDeleted();
   /// Whether any free list holds a record.
   VX_RET_STATUS hasDeletedRecords();
-  /// Moves to the start of record n, counting from 1 (0 counts as 1). On failure the position
-  /// is restored.
+  /// Moves to the start of record n, counting from 1 (0 counts as 1). A fixed file computes the
+  /// offset without looking (it may lie past the end; beyond the largest offset is
+  /// VX_RET_ERR_ARG); a variable file walks the record headers and answers VX_RET_ERR_GEN when it
+  /// holds fewer records. On failure the position is restored.
   VX_RET_STATUS positionRec(unsigned long n);
   /// From the start of a record to the start of the next one: VX_RET_TRUE, or VX_RET_FALSE
   /// (position kept) at the end of the file.
   VX_RET_STATUS recAdvance();
 
-  /// The user header into a malloc'ed block the caller frees (*header must be null on entry);
-  /// VX_RET_FALSE, nothing allocated, when it is empty.
+  /// The user header into a malloc'ed block the caller frees (*header must be null on entry,
+  /// else VX_RET_ERR_ARG), its size into `size`; VX_RET_FALSE, nothing allocated, when it is
+  /// empty. The position is kept.
   VX_RET_STATUS readUserHeader(char** header, unsigned int& size);
-  /// Rewrites the user header; `size` must be the size the file was created with. The position
+  /// Rewrites the user header; `size` must be the size the file was created with (else
+  /// VX_RET_ERR_ARG, reported). VX_RET_FALSE, nothing written, when that size is 0. The position
   /// is kept.
   VX_RET_STATUS writeUserHeader(void const* header, unsigned int size);
 
@@ -216,7 +237,9 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   /// VX_RET_ERR_CALL when there is none. The position is kept.
   VX_RET_STATUS debugDump();
 
-  unsigned char objIsEnabled() const { return enabled && VX_FileBinary::objIsEnabled(); }
+  unsigned char objIsEnabled() const { return enabled && VX_FileBinary::objIsEnabled(); }  ///< every layer enabled
+  /// Equal when both use the same stream (or both none) under the same name, as VX_File
+  /// compares.
   unsigned char operator==(const VX_FileBinaryRec& other) const;
 
  protected:
@@ -249,8 +272,8 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   /// Undoes a failed open: our state, and the stream when this call opened it.
   VX_RET_STATUS abandon(VX_RET_STATUS status, bool streamOpened);
 
-  /// The stream position and the file's end as kept in memory; learnt from the stream when unknown
-  /// (-1 when even that fails).
+  // The stream position and the file's end as kept in memory; learnt from the stream when unknown
+  // (-1 when even that fails).
   VX_FILEREC_LOCAL long here();
   VX_FILEREC_LOCAL long fileEnd();
   /// Makes both unknown.
@@ -264,7 +287,7 @@ class VX_API VX_FileBinaryRec : public VX_FileBinary {
   VX_FILEREC_LOCAL VX_RET_STATUS moveTo(long offset);
   /// Plain transfers at the current position that keep the position and the end in step.
   VX_FILEREC_LOCAL VX_RET_STATUS transfer(bool writing, void* data, unsigned int size);
-  /// Raw transfers at an offset, bypassing the record layer.
+  // Raw transfers at an offset, bypassing the record layer.
   VX_RET_STATUS readAt(long offset, void* data, unsigned int size);
   VX_RET_STATUS writeAt(long offset, const void* data, unsigned int size);
   VX_RET_STATUS readRecHdr(long offset, VX_FileBinrecRecHdr& rec);

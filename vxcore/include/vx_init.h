@@ -11,10 +11,11 @@
 /// VX_init, in this order: clears the user-error flag; makes the default reporter
 /// (VX_defReporter) and registers it as the active one; sets VX_systemVersionRead and
 /// VX_systemVersionWrite to 1.0.0; makes the output stream (VX_coutPtr); starts the class
-/// factory, then the module manager. VX_RET_TRUE when all went; otherwise the failing step's
-/// status (VX_RET_ERR_MEM when the reporter or the stream cannot be made). A failure part-way
-/// keeps what was made before it: VX_close still releases it. Until VX_init (unless the host
-/// registers a reporter of its own), failures are returned but nothing is printed. A second VX_init makes a second reporter and stream and
+/// factory, then the module manager; sorts the message catalogue (VX_msgInit). VX_RET_TRUE when
+/// all went; otherwise the failing step's status (VX_RET_ERR_MEM when the reporter or the
+/// stream cannot be made). A failure part-way keeps what was made before it: VX_close still
+/// releases it. Until VX_init (unless the host registers a reporter of its own), failures are
+/// returned but nothing is printed. A second VX_init makes a second reporter and stream and
 /// leaves the first ones behind.
 VX_EXTERN_C VX_API VX_RET_STATUS VX_init(void);
 /// Stops the module manager, then the class factory (not the reverse of start-up: modules go
