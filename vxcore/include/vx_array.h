@@ -140,9 +140,19 @@ class VX_API VX_Array : public VX_IndContainer<T> {
 
   VX_RET_STATUS initDataMembers(unsigned int size);
   VX_RET_STATUS cleanupDataMembers();
+  /// Element types whose slots are plain bytes live in malloc'ed blocks, which grow in place
+  /// (realloc) instead of being copied into a new block; all others in new[] blocks.
+  static constexpr bool plainSlots = std::is_trivially_copyable<T>::value &&
+                                     std::is_trivially_default_constructible<T>::value &&
+                                     std::is_trivially_destructible<T>::value;
   /// A block of `count` elements, or null; the slots from `clearFrom` on read as cleared, the
   /// ones before are to be filled by the caller.
   static T* newBlock(unsigned int count, unsigned int clearFrom);
+  /// Releases a block from newBlock (or growBlock); null is allowed.
+  static void freeBlock(T* block);
+  /// Only for plain slots: the block resized to `count` slots, its first `keep` slots kept and
+  /// the rest cleared; null, with the block untouched, when memory runs out.
+  static T* growBlock(T* block, unsigned int keep, unsigned int count);
   /// Moves `count` elements from `from` to `to` (another block: slots to be filled, or cleared
   /// ones). With `clearFrom` the slots of `from` come out cleared (the block stays in use);
   /// without it they are only fit to be released.

@@ -65,7 +65,7 @@ VX_RET_STATUS VX_Array<T>::initDataMembers(unsigned int size) {
 template <class T>
 VX_RET_STATUS VX_Array<T>::cleanupDataMembers() {
   if (!enabled) return VX_reportFail(VX_RET_ERR_OBJ, VX_ARRAY_IMPL_FILE, 125);
-  VX_deleteArray(data);
+  freeBlock(data);
   data = nullptr;
   capacity = 0;
   rawMemory = 0;
@@ -112,6 +112,12 @@ VX_Array<T>& VX_Array<T>::operator=(const VX_Array<T>& src) {
 
 template <class T>
 T* VX_Array<T>::newBlock(unsigned int count, unsigned int clearFrom) {
+  if constexpr (plainSlots) {
+    T* block = static_cast<T*>(VX_malloc(sizeof(T) * std::size_t{count}));
+    if (block && clearFrom < count)
+      std::memset(static_cast<void*>(block + clearFrom), 0, sizeof(T) * (count - clearFrom));
+    return block;
+  }
   T* block = VX_newArray<T>(count);
   // Plain types come out of array new uninitialised: the slots that will not be filled at
   // once by a byte copy are cleared (all of them for types that are exchanged instead).
@@ -119,6 +125,22 @@ T* VX_Array<T>::newBlock(unsigned int count, unsigned int clearFrom) {
   if (block && std::is_trivially_default_constructible<T>::value && clearFrom < count)
     std::memset(static_cast<void*>(block + clearFrom), 0, sizeof(T) * (count - clearFrom));
   return block;
+}
+
+template <class T>
+void VX_Array<T>::freeBlock(T* block) {
+  if constexpr (plainSlots)
+    VX_free(block);
+  else
+    VX_deleteArray(block);
+}
+
+template <class T>
+T* VX_Array<T>::growBlock(T* block, unsigned int keep, unsigned int count) {
+  T* grown = static_cast<T*>(VX_realloc(block, sizeof(T) * std::size_t{count}));
+  if (grown && keep < count)
+    std::memset(static_cast<void*>(grown + keep), 0, sizeof(T) * (count - keep));
+  return grown;
 }
 
 template <class T>
@@ -137,7 +159,7 @@ void VX_Array<T>::relocate(T* to, T* from, unsigned int count, bool clearFrom) c
 template <class T>
 void VX_Array<T>::shift(unsigned int dst, unsigned int src, unsigned int count) {
   if (!count || dst == src) return;
-  if (rawMemory) {
+  if (rawMemory || plainSlots) {
     std::memmove(static_cast<void*>(data + dst), static_cast<const void*>(data + src), sizeof(T) * count);
   } else if (dst > src) {
     // Back to front, so that no element of the run is overwritten before it has moved.
@@ -204,13 +226,22 @@ VX_RET_STATUS VX_Array<T>::rebuild(unsigned int newSize, unsigned int at, unsign
       if (grown > ~0u) grown = ~0u;
       if (grown > cap) cap = static_cast<unsigned int>(grown);
     }
-    T* block = newBlock(cap, newSize);
-    if (!block) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
-    relocate(block, data, at, false);
-    relocate(block + at + added, data + at + removed, tail, false);
-    VX_deleteArray(data);
-    data = block;
-    capacity = cap;
+    if constexpr (plainSlots) {
+      // Grown in place where the allocator can; the tail then moves up inside the block.
+      T* block = growBlock(data, n, cap);
+      if (!block) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
+      data = block;
+      capacity = cap;
+      shift(at + added, at + removed, tail);
+    } else {
+      T* block = newBlock(cap, newSize);
+      if (!block) return VX_reportFail(VX_RET_ERR_MEM, VX_ARRAY_IMPL_FILE, line);
+      relocate(block, data, at, false);
+      relocate(block + at + added, data + at + removed, tail, false);
+      VX_deleteArray(data);
+      data = block;
+      capacity = cap;
+    }
     clearSlots(at, added);
   } else {
     shift(at + added, at + removed, tail);
@@ -232,7 +263,7 @@ void VX_Array<T>::trim() {
   T* block = n ? newBlock(n, n) : nullptr;
   if (n && !block) return;  // the larger block serves as well
   relocate(block, data, n, false);
-  VX_deleteArray(data);
+  freeBlock(data);
   data = block;
   capacity = n;
 }
