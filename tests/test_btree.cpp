@@ -61,29 +61,24 @@ void applyOps(VX_Btree& tree, const std::vector<int>& ops) {
 TEST(BtreeNode, ShapeFollowsTheOrder) {
   VX_VarArr tmpl = intKey(0);
   struct { unsigned order, capacity, minElems; } table[] = {{3, 2, 1}, {4, 3, 1}, {5, 4, 2}, {6, 5, 2}, {7, 6, 3}};
+  VX_Version v;
   for (auto& row : table) {
     VX_BtreeNode node(row.order, tmpl, 8);
-    ASSERT_TRUE(node.objIsEnabled());
-    EXPECT_EQ(node.getCapacity(), row.capacity);
-    EXPECT_EQ(node.getMinElems(), row.minElems);
-    VX_Version v;
-    EXPECT_EQ(node.getPackedSize(v, VX_STORAGE_BINARY), row.capacity * (8 + 12) + 12 + row.order * 4);
+    EXPECT_EQ((std::vector<unsigned>{unsigned(node.objIsEnabled()), node.getCapacity(), node.getMinElems(),
+                                     node.getPackedSize(v, VX_STORAGE_BINARY)}),
+              (std::vector<unsigned>{1, row.capacity, row.minElems, row.capacity * (8 + 12) + 12 + row.order * 4}));
   }
   vxtest::CaptureReporter rep;
   VX_BtreeNode bad(2, tmpl, 8);
-  EXPECT_FALSE(bad.objIsEnabled());
-  EXPECT_TRUE(rep.mentions("Order must be at least 3"));
+  EXPECT_TRUE(!bad.objIsEnabled() && rep.mentions("Order must be at least 3"));
   // String fields add the template's longest string to every record.
   VX_VarArr strTmpl = vxtest::strIntKey("", 0, 9);
   VX_BtreeNode withText(4, strTmpl, 2);
-  VX_Version v;
   EXPECT_EQ(withText.getPackedSize(v, VX_STORAGE_BINARY), 3u * (2 + 10 * 1 + 2 * 12) + 12 + 4 * 4);
 }
 
 TEST(BtreeNode, UnpackRefusesNodesThatDoNotFitTheShape) {
   VX_VarArr tmpl = intKey(0);
-  VX_Btree tree(4, tmpl, 4, 0);
-  applyOps(tree, {1, 2, 3, 4, 5});
   VX_BtreeNode node(4, tmpl, 4);
   VX_Version v;
   unsigned size = node.getPackedSize(v, VX_STORAGE_BINARY);
@@ -94,10 +89,9 @@ TEST(BtreeNode, UnpackRefusesNodesThatDoNotFitTheShape) {
     good[12 + i * 16 + 4] = static_cast<char>(7 + 2 * i);
   }
   unsigned used = 0;
-  ASSERT_EQ(node.unpackFrom(v, good.data(), size, used, VX_STORAGE_BINARY), VX_RET_TRUE);
-  EXPECT_EQ(node.getNumElems(), 2u);
   VX_VarArr key;
-  ASSERT_EQ(node.getKey(1, key), VX_RET_TRUE);
+  ASSERT_EQ(node.unpackFrom(v, good.data(), size, used, VX_STORAGE_BINARY), VX_RET_TRUE);
+  ASSERT_EQ((std::vector<int>{int(node.getNumElems()), node.getKey(1, key)}), (std::vector<int>{2, VX_RET_TRUE}));
   EXPECT_EQ(key[0].i(), 9);
   // Each damage in turn: the unpack refuses and the node keeps what it had.
   struct { const char* what; size_t at; char value; } damage[] = {
@@ -120,28 +114,26 @@ TEST(BtreeNode, UnpackRefusesNodesThatDoNotFitTheShape) {
 TEST(Btree, UpdateKeepsTheCountAndNewKeysCanBeRefused) {
   VX_VarArr tmpl = intKey(0);
   VX_Btree tree(5, tmpl, 4, 0);
-  VX_VarArr key = intKey(42);
-  ASSERT_EQ(tree.writeRec(key, const_cast<char*>("abcd"), nullptr), VX_RET_TRUE);
-  ASSERT_EQ(tree.writeRec(key, const_cast<char*>("wxyz"), nullptr), VX_RET_TRUE);
-  EXPECT_EQ(tree.getNum(), 1u);
+  VX_VarArr key = intKey(42), other = intKey(7);
   char rec[4];
-  ASSERT_EQ(tree.readRec(key, rec, nullptr), VX_RET_TRUE);
+  EXPECT_EQ((std::vector<int>{tree.writeRec(key, const_cast<char*>("abcd"), nullptr),
+                              tree.writeRec(key, const_cast<char*>("wxyz"), nullptr), int(tree.getNum()),
+                              tree.readRec(key, rec, nullptr)}),
+            (std::vector<int>{VX_RET_TRUE, VX_RET_TRUE, 1, VX_RET_TRUE}));
   EXPECT_EQ(std::string(rec, 4), "wxyz");
   tree.setNoNewKeys(1);
-  VX_VarArr other = intKey(7);
-  EXPECT_EQ(tree.writeRec(other, rec, nullptr), VX_RET_FALSE);
-  EXPECT_EQ(tree.writeRec(key, const_cast<char*>("1234"), nullptr), VX_RET_TRUE);
-  EXPECT_EQ(tree.getNum(), 1u);
+  EXPECT_EQ((std::vector<int>{tree.writeRec(other, rec, nullptr), tree.writeRec(key, const_cast<char*>("1234"), nullptr),
+                              int(tree.getNum())}),
+            (std::vector<int>{VX_RET_FALSE, VX_RET_TRUE, 1}));
   vxtest::CaptureReporter rep;
   VX_Btree low(2, tmpl, 4, 0);  // a refused tree refuses every call
   EXPECT_TRUE(!low.objIsEnabled() && rep.mentions("btree order less than 3"));
   EXPECT_EQ((std::vector<int>{low.writeRec(key, rec, nullptr), low.readRec(key, rec, nullptr), int(low.getNum())}),
             (std::vector<int>{VX_RET_ERR_OBJ, VX_RET_ERR_OBJ, 0}));
-  EXPECT_EQ(tree.readRec(key, nullptr, nullptr), VX_RET_ERR_ARG);
-  VX_VarArr wrongKind(1, VX_VAR_DOUBLE, 0);
-  EXPECT_EQ(tree.readRec(wrongKind, rec, nullptr), VX_RET_ERR_ARG);
-  VX_VarArr twoFields(2, VX_VAR_INT, 0);
-  EXPECT_EQ(tree.writeRec(twoFields, rec, nullptr), VX_RET_ERR_ARG);
+  VX_VarArr wrongKind(1, VX_VAR_DOUBLE, 0), twoFields(2, VX_VAR_INT, 0);
+  EXPECT_EQ((std::vector<int>{tree.readRec(key, nullptr, nullptr), tree.readRec(wrongKind, rec, nullptr),
+                              tree.writeRec(twoFields, rec, nullptr)}),
+            (std::vector<int>(3, VX_RET_ERR_ARG)));
 }
 
 // Order 5 (capacity 4, at least 2 a node): each row starts from an empty tree.
@@ -174,8 +166,7 @@ TEST(Btree, InsertionSplitsOrRollsOverAndDeletionBorrowsOrMerges) {
   VX_VarArr tmpl = intKey(0), absent = intKey(99);
   VX_Btree tree(5, tmpl, 4, 0);
   applyOps(tree, {10, 20});
-  EXPECT_EQ(tree.deleteRec(absent), VX_RET_FALSE);
-  EXPECT_EQ(tree.getNum(), 2u);
+  EXPECT_EQ((std::vector<int>{tree.deleteRec(absent), int(tree.getNum())}), (std::vector<int>{VX_RET_FALSE, 2}));
 }
 
 TEST(Btree, AscendingInsertionKeepsLeavesPackedThroughRollover) {
@@ -230,9 +221,8 @@ TEST(Btree, MultiFieldKeysOrderFieldByField) {
     return VX_RET_TRUE;
   }), VX_RET_TRUE);
   ASSERT_EQ(order.size(), 35u);
-  EXPECT_EQ(order.front(), "/-3");
-  EXPECT_EQ(order[7], "a/-3");
-  EXPECT_EQ(order.back(), "b/3");
+  EXPECT_EQ((std::vector<std::string>{order.front(), order[7], order.back()}),
+            (std::vector<std::string>{"/-3", "a/-3", "b/3"}));
   vxtest::CaptureReporter rep;
   VX_VarArr tooLong = vxtest::strIntKey("abcdefgh", 0, 20);
   char rec[2] = {};
@@ -259,15 +249,10 @@ TEST(BtreeWalks, EventsStopAndRanges) {
     it.stop = 1;
     return VX_RET_TRUE;
   };
-  EXPECT_EQ(tree.inOrderIterator(stopAtOnce), VX_RET_TRUE);
-  EXPECT_EQ(calls, 1);
-  calls = 0;
-  EXPECT_EQ(tree.breadthIterator(stopAtOnce), VX_RET_TRUE);
-  EXPECT_EQ(calls, 1);
   auto failOnThird = [](VX_BtreeIteratorStruct&) { return ++calls == 3 ? VX_RET_ERR_USER : VX_RET_TRUE; };
-  calls = 0;
-  EXPECT_EQ(tree.inOrderIterator(failOnThird), VX_RET_ERR_USER);
-  EXPECT_EQ(calls, 3);
+  EXPECT_EQ((std::vector<int>{tree.inOrderIterator(stopAtOnce), calls, (calls = 0, tree.breadthIterator(stopAtOnce)),
+                              calls, (calls = 0, tree.inOrderIterator(failOnThird)), calls}),
+            (std::vector<int>{VX_RET_TRUE, 1, VX_RET_TRUE, 1, VX_RET_ERR_USER, 3}));
 
   // A range walk gives exactly the keys inside it, bounds included.
   vxtest::Seen s;
@@ -326,8 +311,7 @@ TEST(Btree, NthRecordCopiesComparisonAndCompress) {
   VX_VarArr key;
   char rec[4], block[4];
   ASSERT_EQ(tree.readNthRec(100, key, rec, block), VX_RET_TRUE);
-  EXPECT_EQ(key[0].i(), 300);
-  EXPECT_EQ(std::string(block, 4), vxtest::recFor(100, 1, 4));
+  EXPECT_EQ(std::to_string(key[0].i()) + ":" + std::string(block, 4), "300:" + vxtest::recFor(100, 1, 4));
   EXPECT_EQ(tree.readNthRec(300, key, rec, block), VX_RET_FALSE);
 
   VX_Btree copy(tree);
