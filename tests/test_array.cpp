@@ -5,6 +5,7 @@
 
 using namespace vxtest;
 using A = VX_Array<unsigned>;
+using L = std::vector<long>;  // the results of a sequence of calls, in order
 
 // 1, 2, ..., n, so that order faults show.
 static A numbered(unsigned n, unsigned char raw = 0) {
@@ -45,45 +46,37 @@ TEST(Array, MoversShiftClipAndClear) {
     }
   VX_Array<VX_String> s(0, 0);
   fill(s, {"a", "b", "c", "d"});
-  EXPECT_EQ(s.memMove(1, 0, 3, 1), VX_RET_TRUE);
-  EXPECT_EQ(s.insElems(VX_INS_BEFORE, 1, 1, 0), VX_RET_TRUE);
+  EXPECT_EQ((L{s.memMove(1, 0, 3, 1), s.insElems(VX_INS_BEFORE, 1, 1, 0)}), L(2, VX_RET_TRUE));
   EXPECT_EQ(texts(s), S({"<null>", "<null>", "a", "b"}));
 }
 
 TEST(Array, TheCursorKeepsItsIndexOrIsClamped) {
   A a = numbered(3);
-  a.setCurIndex(2);
-  EXPECT_EQ(a.insElems(VX_INS_BEFORE, 0, 2), VX_RET_TRUE);
-  EXPECT_EQ(current(a), 1u);  // the index stays, the element under it changed
-  a.setCurIndex(4);
-  EXPECT_EQ(a.delElems(1, 10), VX_RET_TRUE);  // clipped to the end
+  // The index stays while the element under it changes; a removal clipped to the end clamps
+  // the cursor onto the new last element.
+  EXPECT_EQ((L{a.setCurIndex(2), a.insElems(VX_INS_BEFORE, 0, 2), current(a), a.setCurIndex(4), a.delElems(1, 10),
+               cursorAt(a)}),
+            (L{VX_RET_TRUE, VX_RET_TRUE, 1, VX_RET_TRUE, VX_RET_TRUE, 0}));
   EXPECT_EQ(items(a), U({0}));
-  EXPECT_EQ(cursorAt(a), 0);  // clamped onto the new last element
+  // The cursor is repointed into a new block; growth puts a null cursor on position 0.
   A b = numbered(4, 1);
-  b.setCurIndex(3);
-  EXPECT_EQ(b.reallocate(2), VX_RET_TRUE);
-  EXPECT_EQ(b.reallocate(4), VX_RET_TRUE);
-  EXPECT_EQ(current(b), 2u);  // repointed into the new block
+  EXPECT_EQ((L{b.setCurIndex(3), b.reallocate(2), b.reallocate(4), current(b)}), (L{VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE, 2}));
   EXPECT_EQ(items(b), U({1, 2, 0, 0}));
-  b.reallocate(0);
-  EXPECT_EQ(b.insElems(VX_INS_BEFORE, 0, 3, 1), VX_RET_TRUE);
-  EXPECT_EQ(cursorAt(b), 0);  // growth puts a null cursor on position 0
+  EXPECT_EQ((L{b.reallocate(0), b.insElems(VX_INS_BEFORE, 0, 3, 1), cursorAt(b)}), (L{VX_RET_TRUE, VX_RET_TRUE, 0}));
 }
 
 TEST(Array, SubCopyClipsAgainstTheDestination) {
   A src = numbered(6), dst(3, 0), dst2(4, 0), two(2, 0);
-  EXPECT_EQ(dst.subCopy(src, 0, 0, 6), VX_RET_TRUE);  // only what fits
-  EXPECT_EQ(items(dst), U({1, 2, 3}));
-  EXPECT_EQ(dst2.subCopy(src, 2, 0, 4), VX_RET_TRUE);  // 2 .. 3: clipped at dst2's last index
-  EXPECT_EQ(items(dst2), U({3, 4, 0, 0}));
-  EXPECT_EQ(two.subCopy(src, 4, 0, 3), VX_RET_TRUE);  // a start beyond two's size: not clipped
-  EXPECT_EQ(items(two), U({5, 6}));
-  EXPECT_EQ(two.subCopy(src, 6, 0, 1), VX_RET_FALSE);  // past the source
-  EXPECT_EQ(two.subCopy(src, 0, 2, 1), VX_RET_FALSE);  // past the destination
-  EXPECT_EQ(two.subCopy(src, 0, 0, 0), VX_RET_FALSE);
   A raw(3, 1);
-  EXPECT_EQ(raw.subCopy(src, 0, 1, 0xFFFFFFFFu), VX_RET_TRUE);  // index + count past 32 bits
-  EXPECT_EQ(items(raw), U({0, 1, 2}));
+  // Only what fits; into dst2 from 2 on, clipped at its last index; into `two`, a start beyond
+  // its size is not clipped; then past the source, past the destination, nothing; and an
+  // index + count past 32 bits.
+  EXPECT_EQ((L{dst.subCopy(src, 0, 0, 6), dst2.subCopy(src, 2, 0, 4), two.subCopy(src, 4, 0, 3),
+               two.subCopy(src, 6, 0, 1), two.subCopy(src, 0, 2, 1), two.subCopy(src, 0, 0, 0),
+               raw.subCopy(src, 0, 1, 0xFFFFFFFFu)}),
+            (L{VX_RET_TRUE, VX_RET_TRUE, VX_RET_TRUE, VX_RET_FALSE, VX_RET_FALSE, VX_RET_FALSE, VX_RET_TRUE}));
+  EXPECT_EQ((std::vector<U>{items(dst), items(dst2), items(two), items(raw)}),
+            (std::vector<U>{{1, 2, 3}, {3, 4, 0, 0}, {5, 6}, {0, 1, 2}}));
 }
 
 // A run copied over itself reads as it was before the copy, in both modes and for strings.
@@ -133,19 +126,15 @@ TEST(Array, GrowthKeepsSpareRoomThatReadsCleared) {
       if (a.getCapacity() != cap) ++growths, cap = a.getCapacity();
     }
     EXPECT_LE(growths, 40u);  // geometric: one growth per element would be 100000
-    EXPECT_EQ(a[99999], 99999u);
-    EXPECT_EQ(a.delElems(3, 99990), VX_RET_TRUE);  // a tenth of the block: given back
-    EXPECT_EQ(a.getCapacity(), 10u);
+    // Down to a tenth of the block: the rest is given back.
+    EXPECT_EQ((L{a[99999], a.delElems(3, 99990), a.getCapacity()}), (L{99999, VX_RET_TRUE, 10}));
     EXPECT_EQ(items(a), U({0, 1, 2, 99993, 99994, 99995, 99996, 99997, 99998, 99999}));
-
+    // Spare room after the append; the removed values stay gone; an empty array holds no block.
     A b = numbered(6, raw);
-    EXPECT_EQ(b.appendElem(7), VX_RET_TRUE);  // spare room from here on
-    EXPECT_EQ(b.delElems(2, 3), VX_RET_TRUE);
-    EXPECT_EQ(b.insElems(VX_INS_AFTER, 3, 3), VX_RET_TRUE);  // the removed values stay gone
-    EXPECT_EQ(b.reallocate(9), VX_RET_TRUE);
+    EXPECT_EQ((L{b.appendElem(7), b.delElems(2, 3), b.insElems(VX_INS_AFTER, 3, 3), b.reallocate(9)}),
+              L(4, VX_RET_TRUE));
     EXPECT_EQ(items(b), U({1, 2, 6, 7, 0, 0, 0, 0, 0})) << "raw " << int(raw);
-    EXPECT_EQ(b.delAll(), VX_RET_TRUE);
-    EXPECT_EQ(b.getCapacity(), 0u);  // an empty array holds no block
+    EXPECT_EQ((L{b.delAll(), b.getCapacity()}), (L{VX_RET_TRUE, 0}));
   }
 }
 
@@ -165,10 +154,8 @@ TEST(Array, EqualityMeansEqualAtSomePosition) {
   A a = numbered(2), b = numbered(2), c, e1, e2, longer = numbered(3);
   b[0] = 7;
   fill(c, {2u, 1u});
-  EXPECT_EQ(a == b, 1);  // equal at position 1
-  EXPECT_EQ(a == c, 0);  // the same values, never at the same position
-  EXPECT_EQ(e1 == e2, 0);
-  EXPECT_EQ(a == longer, 0);
+  // a and b are equal at position 1; a and c hold the same values, never at the same position.
+  EXPECT_EQ((L{a == b, a == c, e1 == e2, a == longer}), (L{1, 0, 0, 0}));
   EXPECT_FALSE(a.isLocked() || b.isLocked());  // the walk gives both locks back
 }
 
@@ -179,8 +166,7 @@ TEST(Array, CopiesAreDeep) {
   c.setCurIndex(4);
   c = a;
   a[0] = "changed";
-  EXPECT_EQ(texts(b), S({"x", "y"}));
-  EXPECT_EQ(texts(c), S({"x", "y"}));
+  EXPECT_EQ((std::vector<S>{texts(b), texts(c)}), (std::vector<S>(2, S({"x", "y"}))));
   EXPECT_EQ(cursorAt(c), 0);
   A r = numbered(2, 1), q(r);  // raw mode: one block copy
   EXPECT_EQ(items(q), U({1, 2}));
@@ -191,12 +177,11 @@ TEST(Array, BadAccessAndFailedAllocations) {
   A a5(5, 0);
   EXPECT_EQ(static_cast<void*>(&a5[5]), static_cast<void*>(&VX_NULL_PTR));
   ASSERT_EQ(rep.reports.size(), 1u);
-  EXPECT_EQ(where(rep.reports[0]), "vxcore/include/vx_array_impl:794: Index 5 not in [0,4]");
-  EXPECT_EQ(rep.reports[0].func, "VX_Array: element access");
+  EXPECT_EQ(rep.reports[0].func + ": " + where(rep.reports[0]),
+            "VX_Array: element access: vxcore/include/vx_array_impl:794: Index 5 not in [0,4]");
   failNextAlloc();
   A broken(4, 0);
-  EXPECT_EQ(rep.reports.back().line, 108u);
-  EXPECT_EQ(broken.appendElem(1), VX_RET_ERR_OBJ);
+  EXPECT_EQ((L{rep.reports.back().line, broken.appendElem(1)}), (L{108, VX_RET_ERR_OBJ}));
 
   // Insertion is swept in the contract check; growth past the block and assignment take
   // memory too, and a failure changes nothing.
@@ -209,8 +194,7 @@ TEST(Array, BadAccessAndFailedAllocations) {
   failNextAlloc();
   a = other;
   EXPECT_EQ(texts(a), S({"a", "b", "c"}));
-  EXPECT_EQ(cursorAt(a), 1);
-  EXPECT_EQ(rep.reports.back().line, 172u);
+  EXPECT_EQ((L{cursorAt(a), rep.reports.back().line}), (L{1, 172}));
   // Shrinking needs no memory: when giving the block back fails the larger one is kept.
   failNextAlloc();
   EXPECT_EQ(a.delElems(0, 2), VX_RET_TRUE);

@@ -11,6 +11,8 @@ using namespace vxtest;
 
 namespace {
 
+using L = std::vector<long>;  // the results of a sequence of calls, in order
+
 // A chunked array with tiny blocks, so that every walk crosses block borders.
 struct SmallBlocks : VX_VCArray<unsigned> {
   SmallBlocks() : VX_VCArray<unsigned>(0, 2, 0) {}
@@ -74,33 +76,23 @@ TYPED_TEST(Contract, CursorPositionsWalksAndInsertion) {
   EXPECT_EQ(back, fwd);
   for (unsigned i = 0; i < 5; ++i) {
     unsigned* p = nullptr;
-    ASSERT_EQ(c.setCurIndex(i), VX_RET_TRUE);
-    EXPECT_EQ(c.getCurElem(&p), VX_RET_TRUE);
-    EXPECT_EQ(p, &c[i]);  // the cursor points into the container
-    EXPECT_EQ(cursorAt(c), static_cast<long>(i));
-    EXPECT_EQ(!!c.curAtFirst(), i == 0);
-    EXPECT_EQ(!!c.curAtLast(), i == 4);
+    // The cursor points into the container.
+    EXPECT_EQ((L{c.setCurIndex(i), c.getCurElem(&p), p == &c[i], cursorAt(c), !!c.curAtFirst(), !!c.curAtLast()}),
+              (L{VX_RET_TRUE, VX_RET_TRUE, 1, i, i == 0, i == 4}));
   }
-  EXPECT_EQ(c.setCurIndex(5), VX_RET_FALSE);
-  EXPECT_EQ(cursorAt(c), -1);
-  EXPECT_FALSE(c.curAtFirst() || c.curAtLast());
-  EXPECT_EQ(c.setCurNext(), VX_RET_FALSE);  // a null cursor goes nowhere
-  EXPECT_EQ(c.setCurPrev(), VX_RET_FALSE);
-  EXPECT_EQ(c.delCurElem(0), VX_RET_FALSE);
+  // A null cursor goes nowhere.
+  EXPECT_EQ((L{c.setCurIndex(5), cursorAt(c), c.curAtFirst() || c.curAtLast(), c.setCurNext(), c.setCurPrev(),
+               c.delCurElem(0)}),
+            (L{VX_RET_FALSE, -1, 0, VX_RET_FALSE, VX_RET_FALSE, VX_RET_FALSE}));
   CaptureReporter rep;
-  EXPECT_EQ(c.getCurElem(nullptr), VX_RET_ERR_ARG);
-  EXPECT_EQ(rep.count(VX_RET_ERR_ARG), 1);
-  EXPECT_EQ(c.insertElemAtCur(VX_INS_BEFORE, 7), VX_RET_TRUE);  // a null cursor: the front
-  c.setCurIndex(2);
-  EXPECT_EQ(c.insertElemAtCur(VX_INS_BEFORE, 8), VX_RET_TRUE);
-  // Under VX_INS_AFTER the value lands on `index` itself; the new slot keeps its default.
-  EXPECT_EQ(c.insElem(VX_INS_AFTER, 1, 9), VX_RET_TRUE);
-  EXPECT_EQ(c.insElem(VX_INS_BEFORE, 0, 6), VX_RET_TRUE);
-  // Elements of the container itself, which the growth may move.
-  EXPECT_EQ(c.preappendElem(c[3]), VX_RET_TRUE);
-  EXPECT_EQ(c.appendElem(c[1]), VX_RET_TRUE);
-  EXPECT_EQ(c.insElem(VX_INS_BEFORE, 1, c[10]), VX_RET_TRUE);
-  EXPECT_EQ(c.insElem(VX_INS_BEFORE, 99, 4), VX_RET_TRUE);  // past the end: appended
+  EXPECT_EQ((L{c.getCurElem(nullptr), rep.count(VX_RET_ERR_ARG)}), (L{VX_RET_ERR_ARG, 1}));
+  // A null cursor inserts at the front. Under VX_INS_AFTER the value lands on `index` itself and
+  // the new slot keeps its default. Then elements of the container itself, which the growth may
+  // move, and an index past the end: appended.
+  EXPECT_EQ((L{c.insertElemAtCur(VX_INS_BEFORE, 7), c.setCurIndex(2), c.insertElemAtCur(VX_INS_BEFORE, 8),
+               c.insElem(VX_INS_AFTER, 1, 9), c.insElem(VX_INS_BEFORE, 0, 6), c.preappendElem(c[3]),
+               c.appendElem(c[1]), c.insElem(VX_INS_BEFORE, 1, c[10]), c.insElem(VX_INS_BEFORE, 99, 4)}),
+            L(9, VX_RET_TRUE));
   EXPECT_EQ(items(c), U({0, 6, 6, 7, 9, 0, 8, 20, 30, 20, 50, 6, 4}));
   TypeParam empty;
   const bool list = std::is_same<TypeParam, VX_LList<unsigned>>::value;
@@ -108,45 +100,31 @@ TYPED_TEST(Contract, CursorPositionsWalksAndInsertion) {
   EXPECT_EQ(items(empty), list ? U() : U({3}));
   EXPECT_EQ(VX_nullRef<unsigned>(), 0u);  // nothing went to the sink
   empty.delAll();
-  EXPECT_EQ(empty.setCurFirst(), VX_RET_FALSE);
-  EXPECT_EQ(empty.curAtLast(), 0);
+  EXPECT_EQ((L{empty.setCurFirst(), empty.curAtLast()}), (L{VX_RET_FALSE, 0}));
 }
 
 TYPED_TEST(Contract, SearchRemovalAndTheLock) {
   TypeParam& c = this->c;
-  EXPECT_EQ(c.setCurElem(20), VX_RET_TRUE);
-  EXPECT_EQ(cursorAt(c), 1);  // the first equal element
-  EXPECT_EQ(c.setCurElem(99), VX_RET_FALSE);
-  EXPECT_TRUE(c.curIsNull());
-  c.setCurIndex(3);
-  EXPECT_TRUE(c.hasElem(50) && !c.hasElem(99));
   unsigned at30 = 0, at99 = 0;
-  EXPECT_EQ(c.findElemIndex(30, at30), VX_RET_TRUE);
-  EXPECT_EQ(c.findElemIndex(99, at99), VX_RET_FALSE);
-  EXPECT_EQ(U({at30, at99}), U({2, 5}));  // a miss gives the count
-  EXPECT_EQ(cursorAt(c), 3);  // the queries leave the cursor alone
+  // The first equal element is found; a miss gives the count, and the queries leave the cursor alone.
+  EXPECT_EQ((L{c.setCurElem(20), cursorAt(c), c.setCurElem(99), c.curIsNull(), c.setCurIndex(3), c.hasElem(50),
+               c.hasElem(99), c.findElemIndex(30, at30), c.findElemIndex(99, at99), at30, at99, cursorAt(c)}),
+            (L{VX_RET_TRUE, 1, VX_RET_FALSE, 1, VX_RET_TRUE, 1, 0, VX_RET_TRUE, VX_RET_FALSE, 2, 5, 3}));
   CaptureReporter rep;
-  EXPECT_EQ(c.lock(), VX_RET_TRUE);
-  EXPECT_EQ(c.lock(), VX_RET_ERR_ILOCK);
+  EXPECT_EQ((L{c.lock(), c.lock()}), (L{VX_RET_TRUE, VX_RET_ERR_ILOCK}));
   ASSERT_EQ(rep.reports.size(), 1u);
-  EXPECT_EQ(where(rep.reports[0]), "vxcore/include/vx_iterator_impl:91");
-  EXPECT_EQ(rep.reports[0].status, VX_RET_ERR_ILOCK);
+  EXPECT_EQ(where(rep.reports[0]) + " " + std::to_string(rep.reports[0].status),
+            "vxcore/include/vx_iterator_impl:91 " + std::to_string(VX_RET_ERR_ILOCK));
   // A search under a held lock is reported, goes on, and gives the lock back.
-  EXPECT_EQ(c.setCurElem(30), VX_RET_TRUE);
-  EXPECT_EQ(rep.count(VX_RET_ERR_ILOCK), 2);
-  EXPECT_FALSE(c.isLocked());
-  EXPECT_EQ(c.unlock(), VX_RET_FALSE);
-
-  EXPECT_EQ(c.delElem(20), VX_RET_TRUE);  // only the first one
-  EXPECT_EQ(c.delElem(99), VX_RET_FALSE);
-  EXPECT_EQ(c.delElems(4, 1), VX_RET_FALSE);  // nothing there
-  EXPECT_EQ(c.addElem(20), VX_RET_TRUE);  // no duplicate check
+  EXPECT_EQ((L{c.setCurElem(30), rep.count(VX_RET_ERR_ILOCK), c.isLocked(), c.unlock()}),
+            (L{VX_RET_TRUE, 2, 0, VX_RET_FALSE}));
+  // Only the first equal element goes; nothing at index 4 after it; no duplicate check on adding.
+  EXPECT_EQ((L{c.delElem(20), c.delElem(99), c.delElems(4, 1), c.addElem(20)}),
+            (L{VX_RET_TRUE, VX_RET_FALSE, VX_RET_FALSE, VX_RET_TRUE}));
   EXPECT_EQ(items(c), U({10, 30, 20, 50, 20}));
   TypeParam gone;
   fill(gone, {20u, 99u, 10u});
-  EXPECT_EQ(c.removeElems(gone), VX_RET_TRUE);
-  EXPECT_EQ(c.removeElems(c), VX_RET_FALSE);
-  EXPECT_EQ(c.addElems(c, 1), VX_RET_FALSE);
+  EXPECT_EQ((L{c.removeElems(gone), c.removeElems(c), c.addElems(c, 1)}), (L{VX_RET_TRUE, VX_RET_FALSE, VX_RET_FALSE}));
   EXPECT_EQ(items(c), U({30, 50, 20}));
 }
 
@@ -184,12 +162,10 @@ TYPED_TEST(Contract, FailedAllocationsChangeNothing) {
 TYPED_TEST(Contract, ListQuirks) {
   TypeParam& c = this->c;
   const bool list = std::is_same<TypeParam, VX_LList<unsigned>>::value;
-  c.setCurIndex(4);  // stepping off either end: the list says VX_RET_TRUE
-  EXPECT_EQ(c.setCurNext(), list ? VX_RET_TRUE : VX_RET_FALSE);
-  c.setCurFirst();
-  EXPECT_EQ(c.setCurPrev(), list ? VX_RET_TRUE : VX_RET_FALSE);
-  c.setCurLast();  // the last position: the count for the list
-  EXPECT_EQ(cursorAt(c), list ? 5 : 4);
+  // Stepping off either end: the list says VX_RET_TRUE; its last position is the count.
+  const long off = list ? VX_RET_TRUE : VX_RET_FALSE;
+  EXPECT_EQ((L{c.setCurIndex(4), c.setCurNext(), c.setCurFirst(), c.setCurPrev(), c.setCurLast(), cursorAt(c)}),
+            (L{VX_RET_TRUE, off, VX_RET_TRUE, off, VX_RET_TRUE, list ? 5 : 4}));
   c.setCurIndex(9);
   unsigned* p = &c[0];
   CaptureReporter rep;  // asking a null cursor for its element: a reported error for the list
@@ -200,11 +176,9 @@ TYPED_TEST(Contract, ListQuirks) {
   // Bulk addition: the repeat in the source is counted but written once.
   TypeParam twice, none;
   fill(twice, {5u, 5u});
-  EXPECT_EQ(c.addElems(twice, 0), VX_RET_TRUE);
-  EXPECT_EQ(c.addElems(twice, 1), VX_RET_TRUE);
-  EXPECT_EQ(items(c), U({10, 20, 30, 20, 50, 5, 0, 5, 5}));
   // Into an empty container, element by element where no room can be made beforehand.
-  EXPECT_EQ(none.addElems(twice, 0), VX_RET_TRUE);
+  EXPECT_EQ((L{c.addElems(twice, 0), c.addElems(twice, 1), none.addElems(twice, 0)}), L(3, VX_RET_TRUE));
+  EXPECT_EQ(items(c), U({10, 20, 30, 20, 50, 5, 0, 5, 5}));
   EXPECT_EQ(items(none), list ? U({5}) : U({5, 0}));
 }
 

@@ -9,16 +9,16 @@
 
 using namespace vxtest;
 using Q = VX_Queue<unsigned>;
+using L = std::vector<long>;  // the results of a sequence of calls, in order
 
 TEST(Stack, CapacityGrowthAndOrder) {
   CaptureReporter rep;
   VX_Stack<unsigned> s, g(2, 4, 3, 0), noStep(1, 4, 0, 0);
   for (unsigned i = 1; i <= 64; ++i) ASSERT_EQ(s.push(i), VX_RET_TRUE);
-  EXPECT_EQ(s.push(65), VX_RET_FALSE);  // 64 by default, no growth
-  EXPECT_EQ(s.peek(0), 1u);
-  EXPECT_EQ(&s.peek(64), &VX_nullRef<unsigned>());
+  // 64 by default, no growth; g grows by steps of 3 from 2.
+  EXPECT_EQ((L{s.push(65), s.peek(0), &s.peek(64) == &VX_nullRef<unsigned>()}), (L{VX_RET_FALSE, 1, 1}));
   for (unsigned i = 1; i <= 20; ++i) ASSERT_EQ(g.push(i), VX_RET_TRUE);
-  EXPECT_EQ(g.getSize(), 20u);  // grown by steps of 3 from 2
+  EXPECT_EQ(g.getSize(), 20u);
   for (unsigned i = 20; i >= 1; --i) ASSERT_EQ(g.pop(), i);
   EXPECT_EQ(&g.pop(), &VX_nullRef<unsigned>());  // nothing left: the sink, quietly
   EXPECT_TRUE(rep.reports.empty());
@@ -53,27 +53,21 @@ TEST(StackQueue, StorageFailuresLeaveTheContentsAlone) {
   failNextAlloc();
   VX_Stack<unsigned> s(8, 0);
   EXPECT_EQ(where(rep.reports.back()), "vxcore/include/vx_stack_impl:31");
-  EXPECT_EQ(s.push(1), VX_RET_ERR_OBJ);
-  EXPECT_TRUE(s.isEmpty() && !s.isFull());
+  EXPECT_EQ((L{s.push(1), s.isEmpty(), s.isFull()}), (L{VX_RET_ERR_OBJ, 1, 0}));
   failNextAlloc();
   Q q(2, 4, 2, 0);
   EXPECT_EQ(where(rep.reports.back()), "vxcore/include/vx_queue_impl:58");
-  EXPECT_EQ(q.put(1), VX_RET_ERR_OBJ);
   Q zeroBlock(2, 0, 2, 0);  // the storage refuses and has said so
-  EXPECT_FALSE(zeroBlock.objIsEnabled());
+  EXPECT_EQ((L{q.put(1), zeroBlock.objIsEnabled()}), (L{VX_RET_ERR_OBJ, 0}));
 
   VX_Stack<unsigned> gs(2, 2, 2, 0);
   Q gq(2, 2, 2, 0);
   for (unsigned v : {1u, 2u}) gs.push(v), gq.put(v);
   gq.get();
   gq.put(3);  // wrapped
-  failNextAlloc();
-  EXPECT_EQ(gs.push(3), VX_RET_ERR_MEM);
-  failNextAlloc();
-  EXPECT_EQ(gq.put(4), VX_RET_ERR_MEM);
-  EXPECT_EQ(gs.getSize() + gq.getSize(), 4u);
-  EXPECT_EQ(gs.pop(), 2u);
-  for (unsigned v : {2u, 3u}) EXPECT_EQ(gq.get(), v);
+  EXPECT_EQ((L{(failNextAlloc(), gs.push(3)), (failNextAlloc(), gq.put(4)), gs.getSize() + gq.getSize(), gs.pop(),
+               gq.get(), gq.get()}),
+            (L{VX_RET_ERR_MEM, VX_RET_ERR_MEM, 4, 2, 2, 3}));
 }
 
 // A string that cannot be copied is not stored: the push or put fails and the count stays.
@@ -84,15 +78,10 @@ TEST(StackQueue, AFailedElementCopyStoresNothing) {
   VX_Queue<VX_String> q(4, 0), gq(1, 2, 2, 0);
   ASSERT_EQ(gq.put(x), VX_RET_TRUE);  // full: the next put grows first
   for (int round = 0; round < 2; ++round) {
-    failNextAlloc();
-    EXPECT_EQ(s.push(x), VX_RET_ERR_MEM);
-    failNextAlloc();
-    EXPECT_EQ(q.put(x), VX_RET_ERR_MEM);
-    failNextAlloc();
-    EXPECT_EQ(gq.put(x), VX_RET_ERR_MEM);
-    EXPECT_TRUE(s.isEmpty() && q.isEmpty() && !gq.isEmpty());
-    EXPECT_EQ(s.push(x), VX_RET_TRUE);  // the same call goes through once memory is there
-    EXPECT_EQ(s.pop(), x);
+    // The same call goes through once memory is there.
+    EXPECT_EQ((L{(failNextAlloc(), s.push(x)), (failNextAlloc(), q.put(x)), (failNextAlloc(), gq.put(x)), s.isEmpty(),
+                 q.isEmpty(), gq.isEmpty(), s.push(x), s.pop() == x}),
+              (L{VX_RET_ERR_MEM, VX_RET_ERR_MEM, VX_RET_ERR_MEM, 1, 1, 0, VX_RET_TRUE, 1}));
   }
   EXPECT_EQ(rep.count(VX_RET_ERR_MEM), 6);
   EXPECT_EQ(static_cast<const char*>(gq.get()), std::string("x"));

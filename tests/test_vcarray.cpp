@@ -9,6 +9,7 @@
 
 using namespace vxtest;
 using V = VX_VCArray<unsigned>;
+using L = std::vector<long>;  // the results of a sequence of calls, in order
 
 namespace {
 
@@ -47,20 +48,15 @@ TEST(VCArray, EditsShapeTheBlocks) {
     }
   V a(0, 4, 0);
   fill(a, {1u, 2u, 3u, 4u, 5u, 6u});
-  a.setCurIndex(5);
-  EXPECT_EQ(a.delCurElem(0), VX_RET_TRUE);  // last: back onto the new last
-  EXPECT_EQ(cursorAt(a), 4);
-  a.setCurIndex(1);
-  EXPECT_EQ(a.delCurElem(1), VX_RET_TRUE);  // advancing skips the element that moved up
-  EXPECT_EQ(cursorAt(a), 2);
-  EXPECT_EQ(current(a), 4u);
-  EXPECT_EQ(a.delAll(), VX_RET_TRUE);
-  EXPECT_EQ(a.appendElem(5), VX_RET_TRUE);  // a chain emptied is usable again
+  // The last: back onto the new last; advancing skips the element that moved up; a chain emptied
+  // is usable again.
+  EXPECT_EQ((L{a.setCurIndex(5), a.delCurElem(0), cursorAt(a), a.setCurIndex(1), a.delCurElem(1), cursorAt(a), current(a),
+               a.delAll(), a.appendElem(5)}),
+            (L{VX_RET_TRUE, VX_RET_TRUE, 4, VX_RET_TRUE, VX_RET_TRUE, 2, 4, VX_RET_TRUE, VX_RET_TRUE}));
   EXPECT_EQ(items(a), U({5}));
   VX_VCArray<VX_String> s(0, 2, 0);  // class elements move by exchange
   fill(s, {"a", "b", "c", "d", "e"});
-  EXPECT_EQ(s.insElems(VX_INS_AFTER, 0, 1), VX_RET_TRUE);  // splits a full block
-  EXPECT_EQ(s.delElems(3, 2), VX_RET_TRUE);
+  EXPECT_EQ((L{s.insElems(VX_INS_AFTER, 0, 1), s.delElems(3, 2)}), L(2, VX_RET_TRUE));  // splits a full block
   EXPECT_EQ(texts(s), S({"a", "<null>", "b", "e"}));  // cleared, not stale
 }
 
@@ -121,25 +117,22 @@ TEST(VCArray, BadArgumentsAndFailedAllocationsChangeNothing) {
   CaptureReporter rep;
   V a(5, 0, 0), b(10, 4, 0);
   EXPECT_EQ(where(rep.reports[0]), "vxcore/include/vx_array_impl:1179: Array blocksize must be non-zero");
-  EXPECT_EQ(a.appendElem(1), VX_RET_ERR_OBJ);  // disabled
-  EXPECT_EQ(a.curAtLast(), 6);
-  EXPECT_EQ(&a[0], &VX_nullRef<unsigned>());
-  EXPECT_EQ(&b[10], &VX_nullRef<unsigned>());
+  // Disabled: refused.
+  EXPECT_EQ((L{a.appendElem(1), a.curAtLast(), &a[0] == &VX_nullRef<unsigned>(), &b[10] == &VX_nullRef<unsigned>()}),
+            (L{VX_RET_ERR_OBJ, 6, 1, 1}));
   EXPECT_EQ(where(rep.reports.back()), "vxcore/include/vx_array_impl:1663: Index 10 not in [0,9]");
   failAfter(2);  // the chain, one block object, then its slots
   V broken(10, 4, 0);
   EXPECT_FALSE(broken.objIsEnabled());
   EXPECT_EQ(rep.reports.back().status, VX_RET_ERR_MEM);
   V e(0, 4, 0);  // insertion in general is swept in the contract check
-  failNextAlloc();
-  EXPECT_EQ(e.appendElem(1), VX_RET_ERR_MEM);  // the first block of an empty chain
-  EXPECT_EQ(e.numBlocks(), 0u);
+  failNextAlloc();  // the first block of an empty chain
+  EXPECT_EQ((L{e.appendElem(1), e.numBlocks()}), (L{VX_RET_ERR_MEM, 0}));
   fill(e, {1u, 2u, 3u, 4u});
   for (long n = 0; n < 3; ++n) {  // the block object, its slots, the chain's node
     failAfter(n);
     EXPECT_EQ(e.appendElem(5), VX_RET_ERR_MEM);  // the last block is full: a new one
     clearAllocFault();
-    EXPECT_EQ(items(e), U({1, 2, 3, 4}));
-    EXPECT_EQ(layout(&e), U({4}));
+    EXPECT_EQ((std::vector<U>{items(e), layout(&e)}), (std::vector<U>{{1, 2, 3, 4}, {4}}));
   }
 }
