@@ -77,9 +77,9 @@ TEST_F(Factory, CreationFailuresAndTheirReports) {
   EXPECT_EQ((std::vector<std::string>{r.func, r.text, r.file}),
             (std::vector<std::string>{"VX_classFactoryCreateObj()", "Not a public class GUID: <NO-SUCH-GUID>,",
                                       ".\\src\\vx_public"}));
-  EXPECT_EQ(VX_classFactoryGetDescTable("NO-SUCH-GUID"), nullptr);
-  EXPECT_TRUE(rep.mentions("<NO-SUCH-GUID>"));
-  EXPECT_TRUE(VX_classFactoryCreateObj(nullptr) == nullptr && rep.count(VX_RET_ERR_ARG) == 1);
+  EXPECT_EQ((L{VX_classFactoryGetDescTable("NO-SUCH-GUID") == nullptr, rep.mentions("<NO-SUCH-GUID>"),
+               VX_classFactoryCreateObj(nullptr) == nullptr, rep.count(VX_RET_ERR_ARG)}),
+            (L{1, 1, 1, 1}));
   rep.clear();
   // A failing entry and a creator that makes nothing are quiet refusals.
   TestGauge::failEntry = 1;
@@ -118,8 +118,8 @@ TEST_F(Factory, AComponentsWholeRoad) {
   ASSERT_EQ(TestGauge::initPublicInterface(), VX_RET_TRUE);
   const char* guid = nullptr;
   VX_PubEntryFunc entry = nullptr;
-  ASSERT_EQ(TestGauge::getPublicInterface(&guid, &entry), VX_RET_TRUE);
-  EXPECT_EQ(TestGauge::getPublicInterface(nullptr, &entry), VX_RET_ERR_ARG);
+  ASSERT_EQ((L{TestGauge::getPublicInterface(&guid, &entry), TestGauge::getPublicInterface(nullptr, &entry)}),
+            (L{VX_RET_TRUE, VX_RET_ERR_ARG}));
 
   VX_Array<VX_PubArg> creation;
   ASSERT_EQ(VX_buildArgsFromPubArgMap(kGaugeCreation, creation), VX_RET_TRUE);
@@ -162,8 +162,7 @@ TEST_F(Factory, AComponentsWholeRoad) {
   ASSERT_EQ(VX_classFactoryObjExecute(obj, version, name, shift->function, in, out, extra), VX_RET_TRUE);
   EXPECT_EQ(out[0][0].d(), 7.0);
   EXPECT_TRUE(out[0].getName() == "level" && out[0].isReadOnly());
-  EXPECT_EQ(VX_classFactoryDelObj(obj), VX_RET_TRUE);
-  EXPECT_EQ(TestGauge::live, 0);
+  EXPECT_EQ((L{VX_classFactoryDelObj(obj), TestGauge::live}), (L{VX_RET_TRUE, 0}));
   EXPECT_TRUE(rep.reports.empty() || rep.count(VX_RET_ERR_ARG) == 1);  // the null guid place above
 }
 

@@ -46,11 +46,10 @@ void writePackage(const std::string& path, const std::string& header, const std:
 }
 
 void describe(VX_MPKEntry& e, const std::string& mainDll = "good.so") {
-  ASSERT_EQ(e.setMPKName("Shapes"), VX_RET_TRUE);
   e.setAppVersion(VX_Version(2, 3, 4));
-  ASSERT_EQ(e.setMPKGUID("{5A1F-77}"), VX_RET_TRUE);
-  ASSERT_EQ(e.setMainDll(mainDll.c_str()), VX_RET_TRUE);
-  ASSERT_EQ(e.setHelpFile("shapes.hlp"), VX_RET_TRUE);
+  ASSERT_EQ((std::vector<int>{e.setMPKName("Shapes"), e.setMPKGUID("{5A1F-77}"), e.setMainDll(mainDll.c_str()),
+                              e.setHelpFile("shapes.hlp")}),
+            std::vector<int>(4, VX_RET_TRUE));
   for (const char* dep : {"libgeom.so", "libpaint.so"}) e.getDependencies().appendElem(VX_String(dep));
   e.getBitmaps().appendElem(VX_MPKBitmapEntry("logo", "img/logo.bmp"));
   e.getBitmaps().appendElem(VX_MPKBitmapEntry("", "img/unnamed.bmp"));

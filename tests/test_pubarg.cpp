@@ -157,8 +157,7 @@ TEST(PubArg, PackingKeepsItsReadingDifferences) {
     unsigned used = 0;
     ASSERT_EQ(back.unpackFrom(anyVersion(), block.data(), static_cast<unsigned>(block.size()), used, VX_STORAGE_BINARY),
               VX_RET_TRUE);
-    EXPECT_EQ(used, block.size() - 4);
-    EXPECT_EQ(back.getBrowser(), b[1]);
+    EXPECT_EQ((std::vector<long>{long(used), back.getBrowser()}), (std::vector<long>{long(block.size()) - 4, b[1]}));
     EXPECT_TRUE(back == a && back.getName() == "name" && back.getDesc() == "d" && back.isFixedType());
     EXPECT_TRUE(back.getValueList().numElems() == 2u && back.getValueList()[0] == "one" && back.getValueList()[1] == "");
     EXPECT_TRUE(back.getArgOption() == 5 && std::string(back.getBrowserFilterType()) == "keep" && back.valueListIsFixed());

@@ -64,10 +64,9 @@ TEST(StatusCells, ReportsReachTheRegisteredReporter) {
 
   // A null reporter is refused and the current one stays.
   capture.clear();
-  EXPECT_EQ(VX_RET_ERR_ARG, VX_registerReporter(nullptr));
-  EXPECT_EQ(&capture, VX_msgReporter);
-  ASSERT_EQ(1u, capture.reports.size());
-  EXPECT_EQ(".\\src\\vx_globals", capture.reports[0].file);
+  EXPECT_EQ((Ints{VX_registerReporter(nullptr), VX_msgReporter == &capture, int(capture.reports.size())}),
+            (Ints{VX_RET_ERR_ARG, 1, 1}));
+  EXPECT_EQ(".\\src\\vx_globals", capture.reports.at(0).file);
 }
 
 TEST(DefaultReporter, StatusReportLines) {
