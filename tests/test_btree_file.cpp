@@ -20,11 +20,7 @@ namespace {
 using vxtest::intKey;
 using vxtest::le32;
 
-uint32_t rd32(const std::string& bytes, size_t at) {
-  uint32_t v = 0;
-  for (int i = 3; i >= 0; --i) v = (v << 8) | static_cast<unsigned char>(bytes[at + i]);
-  return v;
-}
+uint32_t rd32(const std::string& bytes, size_t at) { return VX_getLE<uint32_t>(bytes.data() + at); }
 
 class BtreeFile : public ::testing::Test {
  protected:
