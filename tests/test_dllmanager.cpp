@@ -72,8 +72,7 @@ TEST_F(DllManager, CountsLoadsPerPathTextAndReleasesOnTheLastUnload) {
   void* proc = nullptr;
   ASSERT_EQ(VX_dllGetProcAddress(good.c_str(), "VX_getPMF", &proc), VX_RET_TRUE);
   EXPECT_EQ(reinterpret_cast<VX_GetPMFFunc>(proc)(), 7u);
-  EXPECT_EQ(VX_dllGetProcAddress(good.c_str(), "vxtest_absent", &proc), VX_RET_FALSE);
-  EXPECT_EQ(proc, nullptr);
+  EXPECT_EQ((L{VX_dllGetProcAddress(good.c_str(), "vxtest_absent", &proc), proc == nullptr}), (L{VX_RET_FALSE, 1}));
   EXPECT_NE(std::string(VX_dllGetLastError()).find("vxtest_absent"), std::string::npos) << VX_dllGetLastError();
 
   // Counts 2 -> 1, the other spelling, then the last one lets go.
@@ -181,8 +180,7 @@ TEST_F(DllManager, ARecordThatCannotBeStoredLeavesNothingLoaded) {
     VX_RET_STATUS got = VX_dllGetHandle(good.c_str(), &h);
     VX_RET_STATUS found = VX_dllGetProcAddress(good.c_str(), "VX_getPMF", &proc);
     VX_RET_STATUS unloaded = VX_dllUnload(good.c_str());
-    EXPECT_EQ(h != nullptr, got == VX_RET_TRUE);
-    EXPECT_EQ(proc != nullptr, found == VX_RET_TRUE);
+    EXPECT_EQ((L{h != nullptr, proc != nullptr}), (L{got == VX_RET_TRUE, found == VX_RET_TRUE}));
     for (VX_RET_STATUS st : {got, found, unloaded}) EXPECT_TRUE(st == VX_RET_TRUE || st == VX_RET_ERR_MEM) << st;
     EXPECT_EQ(isLoaded(good), unloaded != VX_RET_TRUE);
     if (unloaded == VX_RET_TRUE) {
@@ -205,16 +203,16 @@ TEST_F(DllManager, ARecordThatCannotBeStoredLeavesNothingLoaded) {
 
 TEST_F(DllManager, PublicLoadRefusesModulesLackingAnEntryPointAndLeavesThemUnloaded) {
   VX_WinDllEntryStruct entry;
-  EXPECT_EQ(VX_loadPublicWinDll(nullptr, entry), VX_RET_ERR_ARG);
-  EXPECT_EQ(reporter.count(VX_RET_ERR_ARG), 1);  // reported here, unlike VX_dllLoad
+  // Reported here, unlike VX_dllLoad.
+  EXPECT_EQ((L{VX_loadPublicWinDll(nullptr, entry), reporter.count(VX_RET_ERR_ARG)}), (L{VX_RET_ERR_ARG, 1}));
 
   reporter.clear();
   const std::string missing = module("missing");
   EXPECT_EQ(VX_loadPublicWinDll(missing.c_str(), entry), VX_RET_ERR_ARG);
   ASSERT_EQ(reporter.reports.size(), 1u);
   EXPECT_EQ(reporter.reports[0].kind, vxtest::Report::Print);
-  EXPECT_EQ(reporter.reports[0].func, "Error message");
-  EXPECT_EQ(reporter.reports[0].text, "MPK dll dependency <" + missing + "> could not be found");
+  EXPECT_EQ(reporter.reports[0].func + ": " + reporter.reports[0].text,
+            "Error message: MPK dll dependency <" + missing + "> could not be found");
 
   const std::pair<const char*, const char*> lacking[] = {
       {"no_getpmf", "VX_getPMF"}, {"no_init", "VX_initPublicModule"}, {"no_close", "VX_closePublicModule"}};
@@ -232,10 +230,10 @@ TEST_F(DllManager, PublicLoadRefusesModulesLackingAnEntryPointAndLeavesThemUnloa
   }
 
   reporter.clear();
-  EXPECT_EQ(VX_loadPublicWinDll(module("unresolved").c_str(), entry), VX_RET_ERR_GEN);
-  EXPECT_TRUE(reporter.mentions("vxtest_nowhere_to_be_found"));
-  EXPECT_EQ(VX_getStatusCode(), VX_RET_ERR_GEN);
-  EXPECT_EQ(moduleLog(), "");  // no initialiser ran
+  // No initialiser ran.
+  EXPECT_EQ((L{VX_loadPublicWinDll(module("unresolved").c_str(), entry), reporter.mentions("vxtest_nowhere_to_be_found"),
+               VX_getStatusCode(), moduleLog().empty()}),
+            (L{VX_RET_ERR_GEN, 1, VX_RET_ERR_GEN, 1}));
 }
 
 TEST_F(DllManager, APublicLoadThatRunsOutOfMemoryLeavesNothingLoaded) {

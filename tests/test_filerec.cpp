@@ -347,9 +347,9 @@ TEST_F(RecFile, MovesMadeAroundTheRecordLayerAreNoticedWithoutSeeking) {
       }
       EXPECT_EQ(records, (std::vector<std::string>{"persisted" + std::string(23, '\0'), std::string(20, 'a'),
                                                    std::string("abc", 4), std::string(8, 'z')}));
-      EXPECT_EQ((Trace{f.recAdvance(), f.close() <= 2}), (Trace{VX_RET_FALSE, 1}));
-      EXPECT_FALSE(rep.mentions("Damaged record file"));
-      EXPECT_FALSE(rep.mentions("Invalid file offset"));
+      EXPECT_EQ((Trace{f.recAdvance(), f.close() <= 2, rep.mentions("Damaged record file"),
+                       rep.mentions("Invalid file offset")}),
+                (Trace{VX_RET_FALSE, 1, 0, 0}));
     }
   }
 }
@@ -385,8 +385,8 @@ TEST_F(DamagedRecFile, OpenRefusesHeadersThatPointOutsideTheFile) {
 }
 
 TEST_F(DamagedRecFile, FixedRecordSizeIsCheckedAgainstTheFileBeforeAllocating) {
-  EXPECT_EQ(damaged('f', 116, le32(1200000000)), VX_RET_ERR_FILE);  // its one record cannot be that long
-  EXPECT_TRUE(rep.mentions("Damaged record file"));
+  // Its one record cannot be that long.
+  EXPECT_EQ((Trace{damaged('f', 116, le32(1200000000)), rep.mentions("Damaged record file")}), (Trace{VX_RET_ERR_FILE, 1}));
   // Without records the file claims nothing that can be checked; reads then fail as at the end
   // of the file, before a block of the record size is asked for.
   f.close();
@@ -408,8 +408,8 @@ TEST_F(DamagedRecFile, RecordSizesRunningPastTheEndAreRefusedEverywhere) {
                    recAt(9)}),
             (Trace{156, -err, 156, err, err, err, -err}));
   EXPECT_EQ(readHere(), "<" + std::to_string(err) + ">");
-  EXPECT_NE(captured.find("Rec 1: offset(124)"), std::string::npos);
-  EXPECT_TRUE(rep.mentions("Damaged record file"));
+  EXPECT_EQ((Trace{captured.find("Rec 1: offset(124)") != std::string::npos, rep.mentions("Damaged record file")}),
+            (Trace{1, 1}));
   ASSERT_EQ(damaged('v', 124 + 4, le32(0xFFFFFFF8)), VX_RET_TRUE);  // wraps the offset arithmetic
   EXPECT_EQ(recAt(2), -err);
 }
@@ -421,12 +421,10 @@ TEST_F(DamagedRecFile, LoopingOrBrokenFreeListsFailWithoutHanging) {
                    f.getAvailableRecOffset(VX_BINREC_SEARCH_EXACT, 50), f.length(), f.getFreeRec(20, 1, 0)}),
             (Trace{-1, -1, -1, size, 156}));
   EXPECT_TRUE(rep.mentions("free list loops"));
-
   ASSERT_EQ(damaged('d', 156 + 8, le32(4000000)), VX_RET_TRUE);  // a next link past the end
   EXPECT_EQ((Trace{f.getFreeRec(50, 0, 0), rep.count(VX_RET_ERR_FILE)}), (Trace{-1, 1}));
   ASSERT_EQ(damaged('f', 120, le32(128)), VX_RET_TRUE);  // a list head that is a live record
-  EXPECT_EQ(put(16), -1);
-  EXPECT_TRUE(rep.mentions("free list holds a live record"));
+  EXPECT_EQ((Trace{put(16), rep.mentions("free list holds a live record")}), (Trace{-1, 1}));
 }
 
 TEST_F(RecFile, AllocationFailuresReportAndLeaveNothingHalfMade) {
