@@ -161,12 +161,7 @@ TEST_F(BtreeFile, DamagedFilesAreRefusedOrReported) {
   ASSERT_NE(child, 0u);
   const uint32_t grandchild = rd32(good, child + 12 + links);
   ASSERT_NE(grandchild, 0u);
-  struct Damage {
-    const char* what;
-    size_t at;
-    std::string bytes;
-    bool opens;
-  } damage[] = {
+  struct { const char* what; size_t at; std::string bytes; bool opens; } damage[] = {
       {"order below 3", h, le32(2), false},
       {"order too large", h, le32(0x7fffffff), false},
       {"nodes larger than the whole file", h, le32(60000), false},

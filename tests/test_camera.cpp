@@ -111,9 +111,7 @@ TEST(Camera, ZoomKeepsItsLimits) {
   VX_Camera cam = standard();
   VX_Camera before = standard();
   EXPECT_EQ((S{cam.zoom(0.0005f), cam == before}), (S{VX_RET_FALSE, 1}));
-  struct Case {
-    float delta, distance;
-  } cases[] = {{5, 15}, {-12, 3}, {-50, 1.001f}, {500, 99.999f}};
+  struct Case { float delta, distance; } cases[] = {{5, 15}, {-12, 3}, {-50, 1.001f}, {500, 99.999f}};
   for (const Case& c : cases) {
     EXPECT_EQ(cam.zoom(c.delta), VX_RET_TRUE);
     EXPECT_TRUE(near(positionOf(cam), VX_Vector(0, 0, c.distance), 1e-4f) && near(interestOf(cam), VX_Vector(), 1e-6f))
@@ -149,9 +147,7 @@ TEST(Camera, PanRollAndOrbitMoveAsTheViewerExpects) {
   // Orbit: the distance stays and the polar angle stops short of either pole.
   EXPECT_EQ((S{cam.orbit(0.0005f, -0.0005f), cam.orbit(kPi / 2, 0)}), (S{VX_RET_FALSE, VX_RET_TRUE}));
   EXPECT_TRUE(near(positionOf(cam), VX_Vector(12, -1, 0)));
-  struct Case {
-    float dPhi, phi;
-  } cases[] = {{100, 3.1405928f}, {-100, 0.001f}, {0.5f, 0.501f}};
+  struct Case { float dPhi, phi; } cases[] = {{100, 3.1405928f}, {-100, 0.001f}, {0.5f, 0.501f}};
   for (const Case& c : cases) {
     EXPECT_EQ(cam.orbit(0, c.dPhi), VX_RET_TRUE);
     VX_SphCoord s(positionOf(cam) - interestOf(cam));

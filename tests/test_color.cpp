@@ -27,10 +27,7 @@ std::string text(const VX_Color& c) {
 }  // namespace
 
 TEST(Color, Conversions) {
-  struct Case {
-    VX_RGBA in;
-    float hue, saturation, value;
-  } cases[] = {
+  struct Case { VX_RGBA in; float hue, saturation, value; } cases[] = {
       {VX_RGBA(0.5f, 0.5f, 0.5f, 1.0f), 361.0f, 0.0f, 0.5f}, {VX_RGBA(1.0f, 0.0f, 0.0f, 1.0f), 0.0f, 1.0f, 1.0f},
       {VX_RGBA(0.0f, 0.0f, 1.0f, 1.0f), 240.0f, 1.0f, 1.0f}, {VX_RGBA(1.0f, 0.0f, 0.5f, 1.0f), 330.0f, 1.0f, 1.0f},
       {VX_RGBA(0.0f, 0.0f, 0.0f, 0.5f), 361.0f, 0.0f, 0.0f}, {VX_RGBA(0.2f, 0.8f, 0.4f, 1.0f), 140.0f, 0.75f, 0.8f},

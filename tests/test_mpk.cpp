@@ -200,11 +200,7 @@ TEST_F(Mpk, OnlyPackageFilesPassTheCheckAndTheLoad) {
   writePackage(noType, "", packedText("x"));
   vxtest::writeFileBytes(text, std::string(200, 'x'));
   writePackage(empty, typeHeader(), "");
-  struct Case {
-    std::string path;
-    VX_RET_STATUS check, load;
-    std::string message;
-  } cases[] = {
+  struct Case { std::string path; VX_RET_STATUS check, load; std::string message; } cases[] = {
       {wrongType, VX_RET_FALSE, VX_RET_ERR_GEN, "MPK Load Error: <" + wrongType + "> is not an MPK file"},
       {noType, VX_RET_ERR_GEN, VX_RET_ERR_GEN, "MPK Load Error: <" + noType + "> is not an MPK file"},
       {text, VX_RET_FALSE, VX_RET_ERR_FILE, "MPK Load Error: Could not open <" + text + ">"},
@@ -340,11 +336,7 @@ TEST_F(Mpk, AManagerWithoutAPackageIsNotEnabled) {
 
 TEST_F(Mpk, TheMainModuleComesFromThePackageDirectoryAndMustBeAComponentModule) {
   const std::string absolute = std::string(VXTEST_MODULE_DIR) + "/good.so";  // exists, and is refused
-  struct Case {
-    std::string mainDll, module;
-    VX_RET_STATUS status;
-    std::string said;
-  } cases[] = {
+  struct Case { std::string mainDll, module; VX_RET_STATUS status; std::string said; } cases[] = {
       {"../good.so", "", VX_RET_ERR_ARG, "package's own directory"},
       {"sub\\..\\..\\good.so", "", VX_RET_ERR_ARG, "package's own directory"},
       {"..", "", VX_RET_ERR_ARG, "package's own directory"},

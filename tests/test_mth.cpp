@@ -280,10 +280,7 @@ TEST(Matrix, PacksRowsColumnsAndEntriesAndRefusesHostileBlocks) {
   rep.clear();
 
   // Hostile blocks: the claim is checked against the bytes there before anything is allocated.
-  struct Case {
-    uint32_t rows, columns;
-    unsigned avail;
-  } cases[] = {
+  struct Case { uint32_t rows, columns; unsigned avail; } cases[] = {
       {0x10000, 0x10000, 64},      // rows × columns wraps in 32 bits
       {0xFFFFFFFF, 0xFFFFFFFF, 64},  // and in its byte count
       {3, 3, 8 + 4 * 9 - 1},         // one byte short
