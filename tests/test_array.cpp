@@ -16,12 +16,7 @@ static A numbered(unsigned n, unsigned char raw = 0) {
 
 // Rows run one mover on 1..n in both modes; what a fixed form or move vacates is cleared.
 TEST(Array, MoversShiftClipAndClear) {
-  struct Row {
-    unsigned n;
-    VX_RET_STATUS (*op)(A&);
-    VX_RET_STATUS st;
-    U want;
-  } rows[] = {
+  struct Row { unsigned n; VX_RET_STATUS (*op)(A&); VX_RET_STATUS st; U want; } rows[] = {
       {5, [](A& a) { return a.insElems(VX_INS_BEFORE, 10, 2); }, VX_RET_TRUE, {1, 2, 3, 4, 5, 0, 0}},
       {3, [](A& a) { return a.insElems(VX_INS_BEFORE, 1, 0); }, VX_RET_FALSE, {1, 2, 3}},
       {3, [](A& a) { return a.insElems(VX_INS_BEFORE, 1, 1, 0); }, VX_RET_TRUE, {1, 0, 2}},
@@ -81,10 +76,7 @@ TEST(Array, SubCopyClipsAgainstTheDestination) {
 
 // A run copied over itself reads as it was before the copy, in both modes and for strings.
 TEST(Array, OverlappingCopiesGoAsThroughATemporary) {
-  const struct {
-    unsigned from, to, count;
-    U want;
-  } rows[] = {
+  const struct { unsigned from, to, count; U want; } rows[] = {
       {0, 1, 3, {1, 1, 2, 3}}, {1, 0, 3, {2, 3, 4, 4}}, {0, 2, 9, {1, 2, 1, 2}}, {2, 2, 2, {1, 2, 3, 4}}};
   for (const auto& r : rows) {
     for (unsigned char raw : {0, 1}) {

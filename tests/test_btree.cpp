@@ -12,10 +12,7 @@ namespace {
 
 using vxtest::intKey;
 
-struct Node {
-  unsigned level;
-  std::vector<int> keys;
-};
+struct Node { unsigned level; std::vector<int> keys; };
 std::vector<Node>* nodesSeen = nullptr;
 std::vector<unsigned>* events = nullptr;
 

@@ -198,10 +198,7 @@ TYPED_TEST(StringElems, AFailedCopyChangesNothing) {
   static VX_Array<VX_String> more;
   if (!more.numElems()) fill(more, {"m", "n"});
   static const VX_String x("x"), a("a");  // made before any allocation is failed
-  struct Row {
-    Op op;
-    S after;
-  } rows[] = {
+  struct Row { Op op; S after; } rows[] = {
       {[](TypeParam& c) { return c.appendElem(x); }, {"a", "b", "c", "d", "x"}},
       {[](TypeParam& c) { return c.appendElem(c[1]); }, {"a", "b", "c", "d", "b"}},
       {[](TypeParam& c) { return c.preappendElem(x); }, {"x", "a", "b", "c", "d"}},

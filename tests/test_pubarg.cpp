@@ -82,11 +82,7 @@ TEST(PubArg, CopyConstructionTakesTheValueAndCopyTakesEverything) {
 
 TEST(PubArg, AssignmentFollowsTheReceiversMethod) {
   CaptureReporter rep;
-  struct Case {
-    VX_PUBARG_ASSIGN_METHOD method;
-    VX_VAR_TYPE receiverKind, sourceKind, resultKind;
-    double result;
-  } cases[] = {
+  struct Case { VX_PUBARG_ASSIGN_METHOD method; VX_VAR_TYPE receiverKind, sourceKind, resultKind; double result; } cases[] = {
       {VX_PUBARG_ASSIGN_CAST, VX_VAR_DOUBLE, VX_VAR_INT, VX_VAR_DOUBLE, 7.0},
       {VX_PUBARG_ASSIGN_CAST, VX_VAR_INT, VX_VAR_DOUBLE, VX_VAR_INT, 7.0},
       {VX_PUBARG_ASSIGN_CAST, VX_VAR_WILD, VX_VAR_INT, VX_VAR_INT, 7.0},
