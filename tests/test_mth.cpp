@@ -88,7 +88,9 @@ TEST(VectorArr, ElementWiseOperationsNeedEqualLengths) {
   EXPECT_EQ((S{b(1, &v), b(2, &v), b(0, static_cast<VX_Vector*>(nullptr))}),
             (S{VX_RET_TRUE, VX_RET_ERR_ARG, VX_RET_ERR_ARG}));
   VX_VectorArr sum = a + b, diff = a - b;
-  a += b, a -= b, a -= b;
+  a += b;
+  a -= b;
+  a -= b;
   EXPECT_EQ((S{sum[1] == VX_Vector(14, 25, 36), diff[0] == VX_Vector(0, 1, 2), a[1] == VX_Vector(-6, -15, -24)}),
             (S{1, 1, 1}));
   rep.clear();
