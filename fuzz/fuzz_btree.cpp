@@ -76,8 +76,7 @@ void exercise(const char* path, VX_FILE_MODE mode, uint8_t pick) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   vxfuzz::Input in(data, size);
   const uint8_t pick = in.byte();
-  const std::string bytes = in.rest();
-  vxfuzz::TempFile file(bytes.data(), bytes.size());
+  vxfuzz::TempFile file(in);
   for (VX_FILE_MODE mode : {VX_FILE_READ, VX_FILE_READWRITE, VX_FILE_READ}) exercise(file.name(), mode, pick);
   return 0;
 }

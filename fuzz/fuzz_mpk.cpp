@@ -23,8 +23,7 @@ std::string packedOf(VX_MPKEntry& e) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   vxfuzz::Input in(data, size);
   const uint8_t pick = in.byte();
-  const std::string bytes = in.rest();
-  vxfuzz::TempFile file(bytes.data(), bytes.size());
+  vxfuzz::TempFile file(in);
 
   VX_MPKEntry entry;
   entry.checkMPKFile(file.name());

@@ -29,8 +29,7 @@ int walk(VX_FileBinaryRec& f, long* offsets, int cap) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   vxfuzz::Input in(data, size);
   const uint8_t pick = in.byte();
-  const std::string bytes = in.rest();
-  vxfuzz::TempFile file(bytes.data(), bytes.size());
+  vxfuzz::TempFile file(in);
   long offsets[64];
   for (VX_FILE_MODE mode : {VX_FILE_READ, VX_FILE_READWRITE, VX_FILE_READ}) {
     unsigned int headerSize = 0, recSize = 0;

@@ -8,8 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   auto obj = vxfuzz::makePersistable(in.byte());
   const uint8_t way = in.byte() % 3;
   const unsigned int given = in.word();
-  const std::string bytes = in.rest();
-  vxfuzz::TempFile file(bytes.data(), bytes.size());
+  vxfuzz::TempFile file(in);
   VX_FileBinary f(file.name(), VX_FILE_READ);
   // Several objects one after another, as a file of records holds them.
   for (int i = 0; i < 8; ++i) {

@@ -60,6 +60,9 @@ class TempFile {
     }
     ::close(fd);
   }
+  // The rest of the input, which the file targets read as the file itself.
+  explicit TempFile(Input& in) : TempFile(in.rest()) {}
+  explicit TempFile(const std::string& bytes) : TempFile(bytes.data(), bytes.size()) {}
   ~TempFile() { std::remove(path.c_str()); }
   TempFile(const TempFile&) = delete;
   TempFile& operator=(const TempFile&) = delete;
